@@ -1,0 +1,16 @@
+// Umbrella header: every public header of the library.
+#ifndef OSCILLA_OSCILLA_H
+#define OSCILLA_OSCILLA_H
+
+#include "oscilla/series/complex.h"
+#include "oscilla/series/cxy.h"
+#include "oscilla/series/xy.h"
+
+#include "oscilla/fft/cfft4.h"
+#include "oscilla/fft/lengths.h"
+
+#include "oscilla/windows/cwinfn.h"
+
+#include "oscilla/spectrum/cfft.h"
+
+#endif
