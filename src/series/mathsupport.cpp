@@ -110,6 +110,24 @@ double cheb_clenshaw(const double (&c)[K], double z, double lo, double hi)
     return y * d - dd + 0.5 * c[0];
 }
 
+// Near zero the Chebyshev sum in u cancels heavily (its terms add to some
+// hundreds for a value near 1), so below a = 4 the power series
+// sum (a^2/4)^k / (k! (k + nu)!) is used instead: all its terms are positive.
+double bessel_power_series(int nu, double a)
+{
+    const double h = 0.5 * a, q = h * h;
+    double term = nu == 0 ? 1.0 : h;
+    double sum = term;
+    for (int k = 1; k < 60; k++) {
+        term *= q / (static_cast<double>(k) * (k + nu));
+        sum += term;
+        if (term < sum * 1e-17)
+            break;
+    }
+    return sum;
+}
+constexpr double kSeriesLimit = 4.0;
+
 // sqrt(a) exp(-a) f(a) known as s: f(a) = s / (exp(-a) sqrt(a)). Split in two
 // half exponentials so that the result keeps full precision right up to the
 // overflow of f itself, where it becomes infinity.
@@ -273,6 +291,8 @@ double BesselI0(double x)
     const double a = std::fabs(x);
     if (a == 0.0)
         return 1.0;
+    if (a < kSeriesLimit)
+        return bessel_power_series(0, a);
     if (a <= 8.0) {
         const double t = a / 8.0;
         return cheb_even_sum(kI0Small, 2.0 * t * t - 1.0);
@@ -286,7 +306,9 @@ double BesselI1(double x)
     if (a == 0.0)
         return 0.0;
     double v;
-    if (a <= 8.0) {
+    if (a < kSeriesLimit) {
+        v = bessel_power_series(1, a);
+    } else if (a <= 8.0) {
         const double t = a / 8.0;
         v = a * cheb_even_sum(kI1Small, 2.0 * t * t - 1.0);
     } else {
