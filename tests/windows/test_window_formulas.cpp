@@ -1,0 +1,260 @@
+// Window samples against closed forms recomputed here in long double, the
+// identities between codes, and the fitted Dolph-Chebyshev polynomial
+// against a Dolph-Chebyshev window computed from its definition.
+#include "oscilla/windows/cwinfn.h"
+
+#include "windows/window_table.h"
+
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <cmath>
+#include <functional>
+#include <vector>
+
+using namespace oscilla;
+
+namespace {
+
+using ld = long double;
+constexpr double kEps = DBL_EPSILON;
+constexpr ld kPiL = 3.141592653589793238462643383279502884L;
+const int kLengths[] = {2, 3, 4, 16, 17, 255, 1000, 1001};
+
+ld bessel_i0(ld x)
+{
+    const ld q = x * x / 4;
+    ld term = 1.0L, sum = 1.0L;
+    for (int k = 1; k < 500 && term > sum * 1e-22L; k++) {
+        term *= q / (static_cast<ld>(k) * k);
+        sum += term;
+    }
+    return sum;
+}
+
+// Largest |w[i] - ref(i, n)| over a built window.
+double max_error(const double *w, int n, const std::function<ld(int, int)> &ref)
+{
+    double worst = 0.0;
+    for (int i = 0; i < n; i++)
+        worst = std::fmax(worst, static_cast<double>(std::fabs(w[i] - ref(i, n))));
+    return worst;
+}
+
+struct ClosedForm {
+    const char *name;
+    int code;
+    double shape;
+    double tolerance; // in units of eps, on samples of order 1
+    std::function<ld(int, int)> ref;
+};
+
+ld phase(int i, int n) { return 2 * kPiL * i / (n - 1); }
+
+const ClosedForm kClosedForms[] = {
+    {"Hann", 3, 0.0, 8, [](int i, int n) { ld s = std::sin(kPiL * i / (n - 1)); return s * s; }},
+    {"Hamming", 4, 0.0, 8, [](int i, int n) { return 0.53836L - 0.46164L * std::cos(phase(i, n)); }},
+    {"Blackman", 6, 0.0, 8,
+     [](int i, int n) { return 0.42L - 0.5L * std::cos(phase(i, n)) + 0.08L * std::cos(2 * phase(i, n)); }},
+    // The exact Blackman coefficients are 7938, 9240 and 1430 over 18608.
+    {"exact Blackman", 8, 0.0, 8,
+     [](int i, int n) {
+         return (7938.0L - 9240.0L * std::cos(phase(i, n)) + 1430.0L * std::cos(2 * phase(i, n))) / 18608.0L;
+     }},
+    {"Bartlett", 2, 0.0, 4, [](int i, int n) { return 1.0L - std::fabs(2.0L * i / (n - 1) - 1.0L); }},
+    {"Welch", 1, 0.0, 4,
+     [](int i, int n) {
+         const ld c = (n - 1) / 2.0L, v = (i - c) / c;
+         return 1.0L - v * v;
+     }},
+    {"Sine", 44, 0.0, 4, [](int i, int n) { return std::sin(kPiL * i / (n - 1)); }},
+    {"Kaiser", 22, 3.0, 64,
+     [](int i, int n) {
+         const ld beta = std::sqrt((3.0L * 3.0L - 1) / 0.10132118361L);
+         const ld v = 2.0L * i / (n - 1) - 1;
+         return bessel_i0(beta * std::sqrt(1 - v * v)) / bessel_i0(beta);
+     }},
+    {"Kaiser wide", 22, 8.0, 256,
+     [](int i, int n) {
+         const ld beta = std::sqrt((8.0L * 8.0L - 1) / 0.10132118361L);
+         const ld v = 2.0L * i / (n - 1) - 1;
+         return bessel_i0(beta * std::sqrt(1 - v * v)) / bessel_i0(beta);
+     }},
+};
+
+// Dolph-Chebyshev window of odd length n and side-lobe level db from its
+// definition: the inverse DFT of T_M(x0 cos(pi k / n)), M = n - 1, with
+// x0 = cosh(acosh(10^(db/20)) / M), scaled to a peak of 1.
+std::vector<ld> dolph_chebyshev(int n, ld db)
+{
+    const int M = n - 1;
+    const ld x0 = std::cosh(std::acosh(std::pow(10.0L, db / 20)) / M);
+    std::vector<ld> W(n), w(n);
+    for (int k = 0; k < n; k++) {
+        const ld x = x0 * std::cos(kPiL * k / n);
+        if (std::fabs(x) <= 1)
+            W[k] = std::cos(M * std::acos(x));
+        else
+            W[k] = (x < 0 && M % 2 ? -1 : 1) * std::cosh(M * std::acosh(std::fabs(x)));
+    }
+    for (int j = 0; j < n; j++) {
+        ld s = 0;
+        for (int k = 0; k < n; k++)
+            s += W[k] * std::cos(2 * kPiL * k * (j - M / 2.0L) / n);
+        w[j] = s;
+    }
+    const ld peak = w[M / 2];
+    for (ld &v : w)
+        v /= peak;
+    return w;
+}
+
+} // namespace
+
+TEST(WindowFormulas, ClassicWindowsMatchTheirClosedForms)
+{
+    for (const ClosedForm &f : kClosedForms)
+        for (int n : kLengths) {
+            CWinFn win;
+            const double *w = win.WindowFn(f.code, n, f.shape);
+            ASSERT_NE(w, nullptr) << f.name << " n " << n;
+            EXPECT_LE(max_error(w, n, f.ref), f.tolerance * kEps) << f.name << " n " << n;
+        }
+}
+
+TEST(WindowFormulas, ShapedWindowsAtTheirDefiningLimits)
+{
+    const int n = 101;
+    CWinFn hann(3, n, 0.0), cossq(21, n, 2.0), taper(23, n, 2.0), taper3(23, n, 3.0);
+    for (int i = 0; i < n; i++) {
+        // A raised cosine to the first power, and a taper covering half the
+        // length from each side, are both the Hann window.
+        EXPECT_NEAR(cossq.Get()[i], hann.Get()[i], 4 * kEps);
+        EXPECT_NEAR(taper.Get()[i], hann.Get()[i], 4 * kEps);
+        EXPECT_NEAR(taper3.Get()[i], hann.Get()[i], 4 * kEps);
+    }
+    // Shape 1 gives r = 0, limited to 0.01: flat from sample 2 to n - 3.
+    CWinFn flat(23, 1000, 1.0);
+    EXPECT_EQ(flat.Get()[0], 0.0);
+    EXPECT_GT(flat.Get()[1], 0.0);
+    EXPECT_LT(flat.Get()[1], 1.0);
+    for (int i = 11; i < 989; i++)
+        ASSERT_EQ(flat.Get()[i], 1.0) << i;
+    EXPECT_LT(flat.Get()[998], 1.0);
+
+    // Van der Maas ends carry the limit of the interior formula.
+    CWinFn vdm(37, 4001, 3.0);
+    EXPECT_NEAR(vdm.Get()[0], vdm.Get()[1], 0.02 * vdm.Get()[1]);
+    EXPECT_EQ(vdm.Get()[0], vdm.Get()[4000]);
+    EXPECT_NEAR(vdm.Get()[2000], 1.0, 1e-12); // the I1(x)/x limit gives a peak of 1
+
+    // GaussWin, BetaWin and TriCubeWin have simple values at the middle and ends.
+    CWinFn gw(29, 9, 2.0), bw(28, 9, 2.0), tc(27, 9, 0.0);
+    EXPECT_EQ(gw.Get()[4], 1.0);
+    EXPECT_EQ(bw.Get()[4], 1.0);
+    EXPECT_EQ(bw.Get()[0], 0.0);
+    EXPECT_EQ(tc.Get()[4], 1.0);
+    EXPECT_EQ(tc.Get()[0], 0.0);
+    EXPECT_NEAR(tc.Get()[2], 0.75 * 0.75, 4 * kEps); // (1 - (2/4)^2)^2
+}
+
+TEST(WindowFormulas, EveryFormulaIsSymmetricAndFiniteFromTwoPoints)
+{
+    for (const detail::WindowCode &row : detail::kWindowCodes)
+        for (int n : {2, 3, 10, 33}) {
+            CWinFn win;
+            const double *w = win.WindowFn(row.code, n, 3.0);
+            if (!w)
+                continue; // codes whose service is missing, checked elsewhere
+            for (int i = 0; i < n; i++) {
+                ASSERT_TRUE(std::isfinite(w[i])) << "code " << row.code << " n " << n << " i " << i;
+                const double scale = std::fmax(1.0, std::fabs(w[i]));
+                EXPECT_NEAR(w[i], w[n - 1 - i], 64 * kEps * scale) << "code " << row.code << " n " << n;
+            }
+        }
+}
+
+TEST(WindowFormulas, CosineSumRowsAndUserCoefficients)
+{
+    const int n = 64;
+    // Codes 38 and 42 build the same flat top.
+    CWinFn a(38, n, 0.0), b(42, n, 0.0);
+    for (int i = 0; i < n; i++)
+        EXPECT_EQ(a.Get()[i], b.Get()[i]);
+    // Unnormalised flat tops: the peak is the plain sum of the coefficients.
+    CWinFn ft5(43, 65, 0.0);
+    EXPECT_NEAR(ft5.Get()[32], 1.0 + 1.93 + 1.29 + 0.388 + 0.0322, 16 * kEps);
+
+    // Code 10: r = (sin(pi/(n-1)) / sin(2 pi/(n-1)))^2 = 1 / (4 cos^2(pi/(n-1))).
+    CWinFn c10(10, n, 0.0);
+    const ld r = 1.0L / (4 * std::cos(kPiL / (n - 1)) * std::cos(kPiL / (n - 1)));
+    for (int i = 0; i < n; i++)
+        EXPECT_NEAR(c10.Get()[i], (1 - r) / 2 - 0.5L * std::cos(phase(i, n)) + r / 2 * std::cos(2 * phase(i, n)),
+                    8 * kEps);
+
+    // A selector outside a row table builds zeros.
+    std::vector<double> w(8, 7.0);
+    CWinFn::GenCos4(w.data(), 8, 14);
+    for (double v : w)
+        EXPECT_EQ(v, 0.0);
+
+    // The user form: Hann from two coefficients; a sixth coefficient is ignored.
+    double hann[2] = {0.5, 0.5};
+    double six[6] = {1.0, 1.24, 0.244, 0.00305, 0.0, 99.0};
+    CWinFn user, ref(3, n, 0.0);
+    ASSERT_NE(user.WindowFn(n, 2, hann), nullptr);
+    for (int i = 0; i < n; i++)
+        EXPECT_EQ(user.Get()[i], ref.Get()[i]);
+    ASSERT_NE(user.WindowFn(n, 6, six), nullptr);
+    for (int i = 0; i < n; i++)
+        EXPECT_NEAR(user.Get()[i], a.Get()[i], 16 * kEps);
+    EXPECT_EQ(user.WindowFn(1, 2, hann), nullptr);
+}
+
+TEST(WindowFormulas, ChebyshevFitTracksTheDolphChebyshevWindow)
+{
+    double worst = 0.0;
+    for (int n : {65, 257})
+        for (double shape : {3.0, 4.0, 5.0}) {
+            const double db = detail::ChebyshevSideLobeDb(shape);
+            const std::vector<ld> ref = dolph_chebyshev(n, db);
+            CWinFn win(31, n, shape);
+            // The end samples of a long Dolph-Chebyshev window rise into
+            // spikes that a smooth fit does not follow: compare the interior.
+            for (int i = 1; i < n - 1; i++) {
+                const double d = static_cast<double>(std::fabs(win.Get()[i] - ref[i]));
+                worst = std::fmax(worst, d);
+                EXPECT_LE(d, 0.01) << "n " << n << " shape " << shape << " i " << i;
+            }
+        }
+    RecordProperty("ChebApprox_vs_Dolph_max_abs", std::to_string(worst));
+}
+
+TEST(WindowFormulas, ChebyshevCoefficientsAreClampedAndEven)
+{
+    double c40[21], c50[21], c150[21], c200[21], c90[21];
+    CWinFn::GetChebCoef(40.0, c40);
+    CWinFn::GetChebCoef(50.0, c50);
+    CWinFn::GetChebCoef(150.0, c150);
+    CWinFn::GetChebCoef(200.0, c200);
+    CWinFn::GetChebCoef(90.0, c90);
+    for (int j = 0; j <= 20; j++) {
+        EXPECT_EQ(c40[j], c50[j]);
+        EXPECT_EQ(c200[j], c150[j]);
+        if (j % 2) {
+            EXPECT_EQ(c90[j], 0.0);
+        }
+    }
+    // The polynomial is even about the middle, and the fit peaks near 1.
+    EXPECT_NEAR(CWinFn::EvalChebPoly(20, 0.5, c90), 1.0, 1e-3);
+    for (double t : {0.0, 0.1, 0.37})
+        EXPECT_NEAR(CWinFn::EvalChebPoly(20, t, c90), CWinFn::EvalChebPoly(20, 1.0 - t, c90), 1e-13);
+    // Clenshaw against the direct sum of c[j] T_j(x), c[0] whole.
+    for (double t : {0.0, 0.2, 0.5, 0.9, 1.0}) {
+        const ld x = (t - 0.5L) / 0.5L;
+        ld s = 0;
+        for (int j = 0; j <= 20; j++)
+            s += c90[j] * std::cos(j * std::acos(x));
+        EXPECT_NEAR(CWinFn::EvalChebPoly(20, t, c90), static_cast<double>(s), 1e-12);
+    }
+}
