@@ -210,7 +210,7 @@ TEST(WindowObject, EngineStoresGainsThatRestoreAHannWindowedSine)
         EXPECT_NEAR(b[L + 3], sumsq / wsq, 1e-12);
         EXPECT_EQ(b[L + 5], 1.0);
         const double amp = 2.0 * std::hypot(b[2 * bin + 1], b[2 * bin + 2]) / N * std::sqrt(b[L + 4]);
-        EXPECT_NEAR(amp, 1.0, 1e-3);
+        EXPECT_NEAR(amp, 1.0, 1e-5);
     }
     {
         // No window: both gains are 1.
