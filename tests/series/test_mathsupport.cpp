@@ -192,8 +192,8 @@ TEST_F(MathSupport, BesselAgainstLongDoublePowerSeries)
         EXPECT_LE(std::fabs(BesselI0(x) / std::cyl_bessel_i(0.0, x) - 1.0), 16 * kEps) << x;
         EXPECT_LE(std::fabs(BesselI1(x) / std::cyl_bessel_i(1.0, x) - 1.0), 16 * kEps) << x;
     }
-    RecordProperty("I0_worst_rel_eps", std::to_string(worst0 / kEps));
-    RecordProperty("I1_worst_rel_eps", std::to_string(worst1 / kEps));
+    RecordProperty("I0_worst_rel_eps", ::testing::PrintToString(worst0 / kEps));
+    RecordProperty("I1_worst_rel_eps", ::testing::PrintToString(worst1 / kEps));
 
     EXPECT_EQ(BesselI0(0.0), 1.0);
     EXPECT_EQ(BesselI1(0.0), 0.0);
@@ -258,7 +258,7 @@ TEST_F(MathSupport, IncompleteGammaAgainstPoissonSumsAndClosedForms)
             worst = std::fmax(worst, err);
             EXPECT_LE(err, 1e-13) << "a " << a << " x " << x;
         }
-    RecordProperty("GammaP_worst_abs", std::to_string(worst));
+    RecordProperty("GammaP_worst_abs", ::testing::PrintToString(worst));
     for (double x = 0.0; x < 100.0; x += 0.37) {
         EXPECT_NEAR(ChiSquareP(2, x), 1.0 - std::exp(-x / 2), 1e-14) << x;
         EXPECT_NEAR(ChiSquareP(1, x), std::erf(std::sqrt(x / 2)), 1e-14) << x;

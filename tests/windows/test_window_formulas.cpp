@@ -227,7 +227,7 @@ TEST(WindowFormulas, ChebyshevFitTracksTheDolphChebyshevWindow)
                 EXPECT_LE(d, 0.01) << "n " << n << " shape " << shape << " i " << i;
             }
         }
-    RecordProperty("ChebApprox_vs_Dolph_max_abs", std::to_string(worst));
+    RecordProperty("ChebApprox_vs_Dolph_max_abs", ::testing::PrintToString(worst));
 }
 
 TEST(WindowFormulas, ChebyshevCoefficientsAreClampedAndEven)
