@@ -370,6 +370,10 @@ double GammaP(double a, double x)
         PostMathError(MATHERR_GAMMAP_DOMAIN);
         return 0.0;
     }
+    if (std::isnan(x) || std::isnan(a))
+        return x + a; // no iteration on a NaN
+    if (std::isinf(x))
+        return 1.0; // the whole distribution lies below an infinite x
     if (x < a + 1.0)
         return GammaSeries(a, x);
     return 1.0 - GammaFraction(a, x);

@@ -264,6 +264,7 @@ TEST_F(MathSupport, IncompleteGammaAgainstPoissonSumsAndClosedForms)
         EXPECT_NEAR(ChiSquareP(1, x), std::erf(std::sqrt(x / 2)), 1e-14) << x;
     }
     EXPECT_EQ(GammaP(1.0, 0.0), 0.0);
+    EXPECT_EQ(ChiSquareP(3.0, HUGE_VAL), 1.0);
     EXPECT_EQ(errorCount, 0);
 
     EXPECT_EQ(GammaP(0.0, 1.0), 0.0);
