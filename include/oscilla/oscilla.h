@@ -12,5 +12,6 @@
 #include "oscilla/windows/cwinfn.h"
 
 #include "oscilla/spectrum/cfft.h"
+#include "oscilla/spectrum/formats.h"
 
 #endif

@@ -1,6 +1,7 @@
 // The one place where the spectrum engine is instantiated for its sources.
 #include "fft/frontends_impl.h"
 #include "spectrum/forward_impl.h"
+#include "spectrum/output_impl.h"
 
 namespace oscilla {
 

@@ -1,5 +1,6 @@
 #include "oscilla/spectrum/cfft.h"
 #include "support/oracle.h"
+#include "support/records.h"
 
 #include <gtest/gtest.h>
 
@@ -14,22 +15,7 @@ using oracle::eps;
 
 namespace {
 
-struct Record {
-    XY *p;
-    explicit Record(int n, const std::function<double(int)> &y = [](int i) { return std::sin(0.37 * i); },
-                    double dx = 1.0)
-        : p(static_cast<XY *>(std::calloc(n + 1, sizeof(XY))))
-    {
-        p[0].x = n;
-        for (int i = 1; i <= n; i++) {
-            p[i].x = (i - 1) * dx;
-            p[i].y = y(i);
-        }
-    }
-    ~Record() { std::free(p); }
-    Record(const Record &) = delete;
-    Record &operator=(const Record &) = delete;
-};
+using Record = records::Series;
 
 // Relative L2 error of block bins 0..L/2 against the long-double DFT of data[0..L-1].
 double BlockError(const double *b, const std::vector<double> &data)

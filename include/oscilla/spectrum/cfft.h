@@ -7,6 +7,7 @@
 #include "oscilla/fft/lengths.h"
 #include "oscilla/series/complex.h"
 #include "oscilla/series/xy.h"
+#include "oscilla/spectrum/formats.h"
 
 namespace oscilla {
 
@@ -20,6 +21,8 @@ struct XYSource {
     static int Count(const XY *r) { return static_cast<int>(r[0].x); }
     static double X(const XY *r, int i) { return r[i].x; }
     static double Y(const XY *r, int i) { return r[i].y; }
+    // A two-sided spectrum halves the one-sided values of every format.
+    static bool HalvesFullSpectrum(int) { return true; }
 };
 
 } // namespace detail
@@ -125,6 +128,20 @@ public:
     void Abort() { abort = 1; }
     int IsAbort() const { return abort; }
 
+    // Spectrum output. Slots 0..4 keep the record in the object (the earlier
+    // record of that slot is freed); any other slot hands it to the caller.
+    double FFTParm(double re, double im, double s, int format, int segnorm, int full);
+    XY *GetXYpFFT(int format, int slot, int mode);
+    XY **GetXYppFFT(int format, int segnorm, int slot, int full);
+    XY *FullXYpFFT(int format, int slot);
+    void GetSingleXYpFFT(int bin, int format, XY *point, int segnorm);
+    static void std(int n, double sum, double sum2, double &mean, double &ivar);
+    double Power(int mode);
+    double RawPower(int mode);
+    double MaxPower(double *block);
+    void UnwrapPhase(XY *xy);
+    void CopyFrequency(XY *xy);
+
     // Transform front ends. Forward is sign 1, exp(+2 pi i jk/n), unscaled.
     void realft(double *data, int n, int sign, int norm);
     void realfft(double *data, int n, int sign, int norm);
@@ -162,6 +179,11 @@ public:
     void goertzel(double *x, int n, int sign);
 
 private:
+    double FreqStep(bool segmented);
+    double GainScale(const double *b) const;
+    double SegmentScale(const double *b) const;
+    double BinValue(const SpectrumFormat *f, double re, double im, double s, int segnorm, int full);
+    XY *Bands(XY *record, int format);
     int KernelCode(int n, bool real, int L);
     void RunKernel(int code, double *a, int n, int sign);
     int CountSegments(int step) const;
