@@ -2,6 +2,7 @@
 #include "fft/frontends_impl.h"
 #include "spectrum/forward_impl.h"
 #include "spectrum/output_impl.h"
+#include "spectrum/stft_impl.h"
 
 namespace oscilla {
 

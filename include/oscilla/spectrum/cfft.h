@@ -142,6 +142,14 @@ public:
     void UnwrapPhase(XY *xy);
     void CopyFrequency(XY *xy);
 
+    // Short-time transform over the segment blocks: a grid of at most 16384
+    // points, one record per slice, or the strongest peaks per slice.
+    XYZ *STFT(int format);
+    XY **STFTGrid(int format, int group, double range);
+    double STFTDataPower(int format, double t0, double t1);
+    XY **GetXYfs() const { return xyfs; }
+    XYZ *GetXYZs() const { return xyzs; }
+
     // Transform front ends. Forward is sign 1, exp(+2 pi i jk/n), unscaled.
     void realft(double *data, int n, int sign, int norm);
     void realfft(double *data, int n, int sign, int norm);
@@ -184,6 +192,8 @@ private:
     double SegmentScale(const double *b) const;
     double BinValue(const SpectrumFormat *f, double re, double im, double s, int segnorm, int full);
     XY *Bands(XY *record, int format);
+    bool SliceTimes(double *times, int count);
+    static void STFTRescale(double &z, int format, double r);
     int KernelCode(int n, bool real, int L);
     void RunKernel(int code, double *a, int n, int sign);
     int CountSegments(int step) const;
