@@ -10,6 +10,7 @@
 #include "oscilla/fft/lengths.h"
 
 #include "oscilla/windows/cwinfn.h"
+#include "oscilla/windows/window_names.h"
 
 #include "oscilla/spectrum/cfft.h"
 #include "oscilla/spectrum/formats.h"
