@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <cstddef>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -161,9 +162,8 @@ TEST(CxyOrder, LargestGapAndSwaps)
     EXPECT_EQ(CXY::LargestXDelta(d), 0);
     r[3].w = 9;
     CXY::ReverseXY(r);
+    CXY::ReverseYW(r); // x <- y, y <- w, w <- x
     EXPECT_EQ(r[3].x, 3);
-    EXPECT_EQ(r[5].y, 5.5);
-    CXY::ReverseYW(r);
     EXPECT_EQ(r[3].y, 9);
     EXPECT_EQ(r[3].w, 3);
     EXPECT_TRUE(guard_intact(r, 5));
@@ -568,21 +568,57 @@ TEST(CxyStats, XYStatsAgainstWeightedLeastSquares)
     EXPECT_NEAR(st.ysd, std::sqrt(static_cast<double>(ssm / (S - 1))), tol);
     EXPECT_DOUBLE_EQ(st.sumw, static_cast<double>(S));
 
-    // Stride 3 visits 1, 4, 7, ...; a flat x gives D = 0.
+    // Stride 2 sees exactly the odd points: the same as a record made of them.
+    XY *odd = make((n + 1) / 2);
+    for (int i = 1; i <= n; i += 2)
+        odd[(i + 1) / 2] = r[i];
+    XYSTATS st2, sto;
+    CXY::XYStats(r, &st2, 2);
+    CXY::XYStats(odd, &sto, 1);
+    EXPECT_EQ(st2.n, sto.n);
+    const size_t off = offsetof(XYSTATS, xmean);
+    EXPECT_EQ(std::memcmp(reinterpret_cast<char *>(&st2) + off, reinterpret_cast<char *>(&sto) + off, sizeof(XYSTATS) - off), 0);
+    std::free(odd);
+
+    // A flat x gives D = 0; nothing left gives a zeroed block.
     XY *flat = make({2, 2, 2}, {1, 2, 6});
     CXY::XYStats(flat, &st, 1);
     EXPECT_EQ(st.slope, 0.0);
     EXPECT_EQ(st.sse, st.ssm);
     EXPECT_DOUBLE_EQ(st.ssm, 14.0);
     for (int i = 1; i <= 3; i++)
-        EXPECT_EQ(flat[i].w, 1.0);
-    for (int i = 1; i <= 3; i++)
         flat[i].flag = 42;
-    st.slope = 5;
-    CXY::XYStats(flat, &st, 3);
-    EXPECT_EQ(st.slope, 0.0);
+    CXY::XYStats(flat, &st, 1);
     EXPECT_EQ(st.n, 0);
+    EXPECT_EQ(st.xmean, 0.0);
     std::free(flat);
+    std::free(r);
+}
+
+// Only the members that say so fall back on pxy; the others leave it alone.
+TEST(CxyNull, DefaultsOnlyWhereDocumented)
+{
+    XY *r = make({1, 2, 3, 4, 5, 6}, {3, 1, 4, 1, 5, 9}, {42, 0, 0, 0, 0, 0});
+    XY *copy = make({1, 2, 3, 4, 5, 6}, {3, 1, 4, 1, 5, 9}, {42, 0, 0, 0, 0, 0});
+    CXY o(r);
+    EXPECT_EQ(o.SSM(nullptr), o.SSM(copy));
+    EXPECT_EQ(o.Area(nullptr), o.Area(copy));
+    EXPECT_EQ(o.UniNoise(nullptr), o.UniNoise(copy));
+    EXPECT_EQ(o.ComputeSSM(nullptr, 0), o.ComputeSSM(copy, 0));
+    o.XSpacing(nullptr);
+    EXPECT_EQ(r[0].flag, 32);
+    EXPECT_EQ(o.ClearInactive(nullptr), 5);
+    r[0].x = 6;
+    r[1].flag = 42;
+    EXPECT_EQ(CXY::IsInactive(nullptr), 0);
+    EXPECT_EQ(CXY::LimitByDecY(nullptr, 2, 0), nullptr);
+    EXPECT_EQ(CXY::AvgReplicates(nullptr, 1, 1), nullptr);
+    EXPECT_EQ(CXY::Segment(nullptr, 0, 1), nullptr);
+    EXPECT_EQ(CXY::RemoveAdjacent(nullptr, 1), nullptr);
+    CXY::SortDecY(nullptr);
+    EXPECT_EQ(r[1].flag, 42);
+    EXPECT_EQ(r[0].x, 6);
+    std::free(copy);
     std::free(r);
 }
 
