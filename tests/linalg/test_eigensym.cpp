@@ -112,6 +112,18 @@ TEST(EigenSym, NegligibilityIsJudgedInSinglePrecision)
     EXPECT_NEAR(std::fabs(f.vectors[0][0]), std::sqrt(0.5), 4 * kEps);
 }
 
+TEST(EigenSym, IterationLimitIsThirtyPerEigenvalue)
+{
+    // Found by search with the limit lifted: the first matrix needs exactly
+    // 30 iterations for one eigenvalue and so still converges; the second
+    // needs 44 and must fail.
+    const Mat at30 = {{-1, -1, -2, 1}, {-1, -2, -1, 0}, {-2, -1, -1, -1}, {1, 0, -1, 2}};
+    Eig e = eigen(at30);
+    ASSERT_EQ(e.values.size(), 4u);
+    EXPECT_LT(reconstruction_ratio(at30, e, std::numeric_limits<float>::epsilon()), 30.0);
+    EXPECT_TRUE(eigen(Mat{{1, 1, -1}, {1, 2, 2}, {-1, 2, 2}}).values.empty());
+}
+
 TEST(EigenSym, OrderOne)
 {
     Eig e = eigen(Mat{{-2.5}});
