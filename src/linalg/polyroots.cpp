@@ -2,6 +2,8 @@
 // spectral-factor root moves.
 #include "oscilla/linalg/polyroots.h"
 
+#include "linalg/polyroots_tables.h"
+
 #include <cmath>
 #include <cstdlib>
 #include <vector>
@@ -29,32 +31,37 @@ CPolyRoots::CPolyRoots(double *c, int n, int meth, int oneBased, int negate)
     const int off = offset;
     auto C = [c, s, off](int i) { return s * c[i - off]; }; // c(i), i = 1..n
 
-    if (method == 0) {
+    const detail::PolyRootMethod *pm = detail::find_root_method(method);
+    if (!pm) return;
+    using detail::PolyForm;
+    using detail::RootAlgo;
+
+    if (pm->algo == RootAlgo::Laguerre) {
         // Monic, ascending powers: a[n] = 1, a[n-i] = s c(i).
         std::vector<complex> a(n + 1);
         a[n] = complex(1.0, 0.0);
         for (int i = 1; i <= n; i++) a[n - i] = complex(C(i), 0.0);
         ZRoots(a.data(), n, roots, 1);
-    } else if (method == 1) {
+    } else if (pm->algo == RootAlgo::Companion) {
         std::vector<double> a(n + 1), wr(n + 1, 0.0), wi(n + 1, 0.0);
         a[n] = 1.0;
         for (int i = 1; i <= n; i++) a[n - i] = C(i);
         if (EigenRoots(a.data(), n, wr.data(), wi.data()))
             for (int i = 1; i <= n; i++) roots[i] = complex(wr[i], wi[i]);
-    } else if (method >= 2 && method <= 5) {
+    } else {
         // Descending powers at positions 1..n+1, imaginary parts zero.
         std::vector<double> opr(n + 2, 0.0), opi(n + 2, 0.0), zr(n + 1, 0.0), zi(n + 1, 0.0);
-        if (method <= 3) {
+        if (pm->form == PolyForm::Monic) {
             opr[1] = 1.0;
             for (int i = 1; i <= n; i++) opr[i + 1] = C(i);
-        } else if (method == 4) {
-            // Palindromic: 1 in the middle, c(i) mirrored around it; with an odd n the
-            // constant term stays 0.
+        } else if (pm->form == PolyForm::Palindromic) {
+            // 1 in the middle, c(i) mirrored around it; with an odd n the constant
+            // term stays 0.
             const int m = n / 2;
             opr[m + 1] = 1.0;
             for (int i = 1; i <= m; i++) opr[m + 1 - i] = opr[m + 1 + i] = C(i);
         } else {
-            // No leading one: the given coefficients times x.
+            // The given coefficients times x.
             for (int i = 1; i <= n; i++) opr[i] = C(i);
         }
         if (CPoly(opr.data(), opi.data(), n, zr.data(), zi.data()))
@@ -155,34 +162,30 @@ complex *CPolyRoots::RootSubSet(int flags, int maxRoots, int sortMode, int *keep
 
 int CPolyRoots::SpecFactor(int mode)
 {
-    if (!roots || mode < 1 || mode > 6) return 0;
+    const detail::SpecFactorMode *sm = detail::find_spec_factor_mode(mode);
+    if (!roots || !sm) return 0;
+    using detail::RootMove;
     const int n = degree;
     int count = 0;
     for (int i = 1; i <= n; i++) {
         complex &r = roots[i];
         const double a = abs(r);
-        switch (mode) {
-        case 1:
-        case 4:
+        if (sm->move == RootMove::Reflect) {
             if (a > 1.0) {
                 r = 1.0 / conj(r);
                 count++;
             }
-            break;
-        case 2:
-        case 5:
+        } else if (sm->move == RootMove::Normalize) {
             if (a > 1.0) {
                 r = r / a;
                 count++;
             }
-            break;
-        default: // 3, 6: every root onto the circle, uncounted; a root at 0 has no direction
-            if (a > 0.0) r = r / a;
-            break;
+        } else if (a > 0.0) { // every root onto the circle, uncounted; 0 has no direction
+            r = r / a;
         }
     }
-    if (mode >= 4 || n == 0) return count;
-    if (count == 0 && mode != 3) return 0;
+    if (!sm->rebuild || n == 0) return count;
+    if (count == 0 && sm->move != RootMove::NormalizeAll) return 0;
     if (!coef) return count;
 
     // Monic polynomial from the roots, ascending powers.

@@ -341,8 +341,8 @@ double svd_threshold(double *s, double *sorted, int *index, int n, double thresh
             if (s[i] < cut) s[i] = 0.0;
     } else {
         // A negative threshold is a rank: keep the k largest.
-        double kd = -std::trunc(thresh);
-        int k = kd >= (double)n ? n : (int)kd;
+        const double kd = -std::trunc(thresh);
+        const int k = kd >= (double)n ? n : (kd > 0.0 ? (int)kd : 0);
         for (int i = k; i < n; i++) s[index[i]] = 0.0;
     }
     return cond;

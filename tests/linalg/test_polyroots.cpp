@@ -2,6 +2,8 @@
 // frequency lists, root subsets and the spectral-factor root moves.
 #include "oscilla/linalg/polyroots.h"
 
+#include "linalg/polyroots_tables.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -72,7 +74,15 @@ double root_error(const complex *got, const std::vector<cld> &truth)
     return worst;
 }
 
-const int kMethods[] = {0, 1, 2, 3};
+// The codes that solve x^n + c(1) x^(n-1) + ... + c(n) itself.
+std::vector<int> monic_methods()
+{
+    std::vector<int> m;
+    for (const auto &pm : detail::kPolyRootMethods)
+        if (pm.form == detail::PolyForm::Monic) m.push_back(pm.code);
+    return m;
+}
+const std::vector<int> kMethods = monic_methods();
 
 struct Problem {
     const char *name;
@@ -164,8 +174,12 @@ TEST(CPolyRoots, UnitImaginaryRootsAndForms)
     EXPECT_LT(root_error(one.GetRoots(), {cld(0, 1), cld(0, -1)}), 4 * eps);
 
     // The same coefficients in the palindromic and no-leading-one forms have a zero
-    // leading coefficient: the failure shows as zeros.
-    for (int method : {4, 5, 6, -1}) {
+    // leading coefficient: the failure shows as zeros. Codes outside the table give
+    // zeros too.
+    std::vector<int> zero_codes = {-1, 6, 99};
+    for (const auto &pm : detail::kPolyRootMethods)
+        if (pm.form != detail::PolyForm::Monic) zero_codes.push_back(pm.code);
+    for (int method : zero_codes) {
         CPolyRoots pr(c, 2, method, 0, 0);
         EXPECT_EQ(pr.GetRoots()[0].re, 2.0);
         for (int i = 1; i <= 2; i++) EXPECT_EQ(pr.GetRoots()[i], complex(0, 0)) << method;
@@ -198,6 +212,20 @@ TEST(CPolyRoots, DegreeZeroAndLinear)
         CPolyRoots lin(c, 1, method, 0, 0); // x - 0.5
         EXPECT_NEAR(lin.GetRoots()[1].re, 0.5, eps);
         EXPECT_EQ(lin.GetRoots()[1].im, 0.0);
+    }
+}
+
+TEST(CPolyRoots, NonFiniteCoefficientsEnd)
+{
+    // Every iteration is bounded: non-finite input must come back, not hang.
+    for (double bad : {NAN, INFINITY}) {
+        double c[4] = {1, bad, -2, 0.5};
+        for (int method = 0; method <= 5; method++) {
+            CPolyRoots pr(c, 4, method, 0, 0);
+            EXPECT_EQ(pr.GetRoots()[0].re, 4.0);
+            pr.GetAscFreq();
+            pr.RootSubSet(15, 2, 1, nullptr);
+        }
     }
 }
 
@@ -309,24 +337,44 @@ TEST(CPolyRoots, SpecFactorModes)
     const std::vector<double> c0 = ar_coefs(roots);
     const int n = (int)c0.size();
 
-    struct Mode { int mode; int count; bool rebuild; cld to_out; cld to_in; };
-    const cld refl = 1.0L / std::conj(out), unit_out = out / std::abs(out), unit_in = in / std::abs(in);
-    const Mode modes[] = {{1, 2, true, refl, in},        {2, 2, true, unit_out, in},
-                          {3, 0, true, unit_out, unit_in}, {4, 2, false, refl, in},
-                          {5, 2, false, unit_out, in},   {6, 0, false, unit_out, unit_in}};
-    for (const Mode &md : modes) {
+    for (const auto &md : detail::kSpecFactorModes) {
+        // Where each root should go, by the move of the mode.
+        auto moved_to = [&](cld r) -> cld {
+            const long double a = std::abs(r);
+            switch (md.move) {
+            case detail::RootMove::Reflect: return a > 1 ? 1.0L / std::conj(r) : r;
+            case detail::RootMove::Normalize: return a > 1 ? r / a : r;
+            default: return r / a;
+            }
+        };
+        const int count = md.move == detail::RootMove::NormalizeAll ? 0 : 2;
         // One-based with guard cells on both sides of the data.
         std::vector<double> buf(n + 2, -555.0);
         std::copy(c0.begin(), c0.end(), buf.begin() + 1);
         CPolyRoots pr(buf.data(), n, 1, 1, 1);
-        EXPECT_EQ(pr.SpecFactor(md.mode), md.count) << md.mode;
-        std::vector<cld> moved = {md.to_out, std::conj(md.to_out), md.to_in, std::conj(md.to_in),
-                                  md.mode == 3 || md.mode == 6 ? 1.0L : 0.5L};
+        EXPECT_EQ(pr.SpecFactor(md.mode), count) << md.mode;
+        std::vector<cld> moved;
+        for (const cld &r : roots) moved.push_back(moved_to(r));
         EXPECT_LT(root_error(pr.GetRoots(), moved), 1e-13) << md.mode;
         const std::vector<double> want = md.rebuild ? ar_coefs(moved) : c0;
         EXPECT_LT(coef_error(buf.data() + 1, want), 30.0) << md.mode;
         EXPECT_EQ(buf[0], -555.0);
         EXPECT_EQ(buf[n + 1], -555.0);
+    }
+    EXPECT_EQ(CPolyRoots(nullptr, 0, 0, 0, 0).SpecFactor(7), 0);
+    {
+        // The numbering itself: 4 reflects without writing, 2 normalises and writes.
+        std::vector<double> c = c0;
+        CPolyRoots p4(c.data(), n, 2, 0, 1);
+        EXPECT_EQ(p4.SpecFactor(4), 2);
+        EXPECT_EQ(c, c0);
+        const cld refl = 1.0L / std::conj(out);
+        EXPECT_LT(root_error(p4.GetRoots(), {refl, std::conj(refl), in, std::conj(in), 0.5}), 1e-13);
+        CPolyRoots p2(c.data(), n, 2, 0, 1);
+        EXPECT_EQ(p2.SpecFactor(2), 2);
+        EXPECT_NE(c, c0);
+        const cld u = out / std::abs(out);
+        EXPECT_LT(root_error(p2.GetRoots(), {u, std::conj(u), in, std::conj(in), 0.5}), 1e-13);
     }
 
     // Zero-based, all roots inside: mode 1 moves none and leaves coef alone.
@@ -340,6 +388,7 @@ TEST(CPolyRoots, SpecFactorModes)
     EXPECT_EQ(pr.SpecFactor(3), 0); // always rebuilds
     EXPECT_NE(ci, before);
     EXPECT_EQ(ci[3], -555.0);
+    const cld unit_in = in / std::abs(in);
     std::vector<cld> on = {unit_in, std::conj(unit_in), 1.0L};
     std::vector<double> won = ar_coefs(on);
     EXPECT_LT(coef_error(ci.data(), won), 30.0);
