@@ -305,6 +305,8 @@ TEST(CSVD, ExactLeastSquaresAndNullRhs)
     ASSERT_NE(x, nullptr);
     double cond = svd.GetCond();
     EXPECT_LT(rel_err(x, xt) * cond / (n * eps), 30.0);
+    std::printf("[ svd ratios ] CSVD least squares ||x - x*|| cond / (n eps) %.3f\n",
+                rel_err(x, xt) * cond / (n * eps));
 
     // Null b: a column of ones, solved exactly by e_n.
     CSVD ones(A.p, m, n, nullptr, 1e-12, nullptr, nullptr, nullptr);
@@ -461,6 +463,8 @@ TEST(CSVDSol, ProcInvAndPseudoInverse)
     EXPECT_EQ(sol.thresh, 5e-12);
     ASSERT_EQ(sol.proc(A.p, b.data(), n), 1);
     EXPECT_LT(rel_err(b.data(), xt) * sol.getcond() / (n * eps), 30.0);
+    std::printf("[ svd ratios ] CSVDSol::proc ||x - x*|| cond / (n eps) %.3f\n",
+                rel_err(b.data(), xt) * sol.getcond() / (n * eps));
     for (int i = 0; i < n; i++) // A stays
         for (int j = 0; j < n; j++) EXPECT_EQ(A.p[i][j], a[(size_t)i * n + j]);
     for (int i = 1; i < n; i++) EXPECT_GE(sol.singval()[i - 1], sol.singval()[i]);
@@ -480,6 +484,8 @@ TEST(CSVDSol, ProcInvAndPseudoInverse)
             worst = std::max(worst, std::fabs((double)s - (i == k ? 1.0 : 0.0)));
         }
     EXPECT_LT(worst * sol.getcond() / (n * eps), 30.0);
+    std::printf("[ svd ratios ] CSVDSol ||A inv(A) - I|| cond / (n eps) %.3f\n",
+                worst * sol.getcond() / (n * eps));
 
     // Rank one: the pseudo-inverse of [[1,2],[2,4]] is its transpose over 25.
     Mat s = {1, 2, 2, 4};
