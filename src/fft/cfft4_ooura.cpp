@@ -7,6 +7,11 @@
 
 #include <cmath>
 
+#if defined(__SSE2__) && !defined(OSCILLA_FFT_SCALAR)
+#define OSCILLA_FFT_SSE2 1
+#include <emmintrin.h>
+#endif
+
 namespace oscilla {
 namespace detail {
 
@@ -29,6 +34,106 @@ inline void swap2conj(double *a, int j1, int k1)
     a[j1 + 1] = -a[k1 + 1];
     a[k1] = xr;
     a[k1 + 1] = xi;
+}
+
+} // namespace
+
+namespace {
+
+// One complex value in a register where SSE2 is there (every x86-64), else a
+// pair of doubles; both forms give the package's butterflies.
+#ifdef OSCILLA_FFT_SSE2
+typedef __m128d cplx;
+inline cplx cload(const double *p) { return _mm_loadu_pd(p); }
+inline void cstore(double *p, cplx x) { _mm_storeu_pd(p, x); }
+inline cplx cadd(cplx x, cplx y) { return _mm_add_pd(x, y); }
+inline cplx csub(cplx x, cplx y) { return _mm_sub_pd(x, y); }
+// i*x
+inline cplx cmuli(cplx x) { return _mm_xor_pd(_mm_shuffle_pd(x, x, 1), _mm_set_pd(0.0, -0.0)); }
+inline cplx cconj(cplx x) { return _mm_xor_pd(x, _mm_set_pd(-0.0, 0.0)); }
+// A twiddle factor as (wr, wr) and (-wi, wi).
+struct twid {
+    __m128d r, i;
+};
+inline twid mktw(double wr, double wi)
+{
+    twid t;
+    t.r = _mm_set1_pd(wr);
+    t.i = _mm_set_pd(wi, -wi);
+    return t;
+}
+inline cplx cmul(cplx x, const twid &w)
+{
+    return _mm_add_pd(_mm_mul_pd(x, w.r), _mm_mul_pd(_mm_shuffle_pd(x, x, 1), w.i));
+}
+#else
+struct cplx {
+    double r, i;
+};
+inline cplx cload(const double *p) { return cplx{p[0], p[1]}; }
+inline void cstore(double *p, cplx x)
+{
+    p[0] = x.r;
+    p[1] = x.i;
+}
+inline cplx cadd(cplx x, cplx y) { return cplx{x.r + y.r, x.i + y.i}; }
+inline cplx csub(cplx x, cplx y) { return cplx{x.r - y.r, x.i - y.i}; }
+inline cplx cmuli(cplx x) { return cplx{-x.i, x.r}; }
+inline cplx cconj(cplx x) { return cplx{x.r, -x.i}; }
+struct twid {
+    double r, i;
+};
+inline twid mktw(double wr, double wi) { return twid{wr, wi}; }
+inline cplx cmul(cplx x, const twid &w) { return cplx{w.r * x.r - w.i * x.i, w.r * x.i + w.i * x.r}; }
+#endif
+
+// Radix-4 butterfly on a[j], a[j+l], a[j+2l], a[j+3l] (offsets in doubles)
+// with the outputs rotated by wk1 (second), wk2 (third) and wk3 (fourth).
+inline void bfly4(double *a, int j, int l, const twid &wk1, const twid &wk2, const twid &wk3)
+{
+    int j1 = j + l, j2 = j1 + l, j3 = j2 + l;
+    cplx a0 = cload(a + j), a1 = cload(a + j1), a2 = cload(a + j2), a3 = cload(a + j3);
+    cplx x0 = cadd(a0, a1), x1 = csub(a0, a1), x2 = cadd(a2, a3), x3 = cmuli(csub(a2, a3));
+    cstore(a + j, cadd(x0, x2));
+    cstore(a + j2, cmul(csub(x0, x2), wk2));
+    cstore(a + j1, cmul(cadd(x1, x3), wk1));
+    cstore(a + j3, cmul(csub(x1, x3), wk3));
+}
+
+// The same without rotation; Conj conjugates the outputs (last stage of the
+// inverse).
+template <bool Conj> inline cplx outc(cplx x) { return Conj ? cconj(x) : x; }
+
+template <bool Conj> inline void bfly4plain(double *a, int j, int l)
+{
+    int j1 = j + l, j2 = j1 + l, j3 = j2 + l;
+    cplx a0 = cload(a + j), a1 = cload(a + j1), a2 = cload(a + j2), a3 = cload(a + j3);
+    cplx x0 = cadd(a0, a1), x1 = csub(a0, a1), x2 = cadd(a2, a3), x3 = cmuli(csub(a2, a3));
+    cstore(a + j, outc<Conj>(cadd(x0, x2)));
+    cstore(a + j2, outc<Conj>(csub(x0, x2)));
+    cstore(a + j1, outc<Conj>(cadd(x1, x3)));
+    cstore(a + j3, outc<Conj>(csub(x1, x3)));
+}
+
+template <bool Conj> inline void bfly2plain(double *a, int j, int l)
+{
+    cplx a0 = cload(a + j), a1 = cload(a + j + l);
+    cstore(a + j, outc<Conj>(cadd(a0, a1)));
+    cstore(a + j + l, outc<Conj>(csub(a0, a1)));
+}
+
+// Last stage of cftfsub (Conj false) and cftbsub (Conj true): radix 4 when
+// the stages so far leave a quarter, else radix 2.
+template <bool Conj> void cftlast(int n, int l, double *a)
+{
+    int j;
+    if ((l << 2) == n) {
+        for (j = 0; j < l; j += 2)
+            bfly4plain<Conj>(a, j, l);
+    } else {
+        for (j = 0; j < l; j += 2)
+            bfly2plain<Conj>(a, j, l);
+    }
 }
 
 } // namespace
@@ -522,8 +627,7 @@ void bitrv2conj(int n, int *ip, double *a)
 
 void cftfsub(int n, double *a, double *w)
 {
-    int j, j1, j2, j3, l;
-    double x0r, x0i, x1r, x1i, x2r, x2i, x3r, x3i;
+    int l;
 
     l = 2;
     if (n > 8) {
@@ -534,45 +638,14 @@ void cftfsub(int n, double *a, double *w)
             l <<= 2;
         }
     }
-    if ((l << 2) == n) {
-        for (j = 0; j < l; j += 2) {
-            j1 = j + l;
-            j2 = j1 + l;
-            j3 = j2 + l;
-            x0r = a[j] + a[j1];
-            x0i = a[j + 1] + a[j1 + 1];
-            x1r = a[j] - a[j1];
-            x1i = a[j + 1] - a[j1 + 1];
-            x2r = a[j2] + a[j3];
-            x2i = a[j2 + 1] + a[j3 + 1];
-            x3r = a[j2] - a[j3];
-            x3i = a[j2 + 1] - a[j3 + 1];
-            a[j] = x0r + x2r;
-            a[j + 1] = x0i + x2i;
-            a[j2] = x0r - x2r;
-            a[j2 + 1] = x0i - x2i;
-            a[j1] = x1r - x3i;
-            a[j1 + 1] = x1i + x3r;
-            a[j3] = x1r + x3i;
-            a[j3 + 1] = x1i - x3r;
-        }
-    } else {
-        for (j = 0; j < l; j += 2) {
-            j1 = j + l;
-            x0r = a[j] - a[j1];
-            x0i = a[j + 1] - a[j1 + 1];
-            a[j] += a[j1];
-            a[j + 1] += a[j1 + 1];
-            a[j1] = x0r;
-            a[j1 + 1] = x0i;
-        }
-    }
+    cftlast<false>(n, l, a);
 }
 
+// The data arrive conjugated (bitrv2conj or rftbsub); the forward butterflies
+// run over them and the last stage conjugates back.
 void cftbsub(int n, double *a, double *w)
 {
-    int j, j1, j2, j3, l;
-    double x0r, x0i, x1r, x1i, x2r, x2i, x3r, x3i;
+    int l;
 
     l = 2;
     if (n > 8) {
@@ -583,101 +656,9 @@ void cftbsub(int n, double *a, double *w)
             l <<= 2;
         }
     }
-    if ((l << 2) == n) {
-        for (j = 0; j < l; j += 2) {
-            j1 = j + l;
-            j2 = j1 + l;
-            j3 = j2 + l;
-            x0r = a[j] + a[j1];
-            x0i = -a[j + 1] - a[j1 + 1];
-            x1r = a[j] - a[j1];
-            x1i = -a[j + 1] + a[j1 + 1];
-            x2r = a[j2] + a[j3];
-            x2i = a[j2 + 1] + a[j3 + 1];
-            x3r = a[j2] - a[j3];
-            x3i = a[j2 + 1] - a[j3 + 1];
-            a[j] = x0r + x2r;
-            a[j + 1] = x0i - x2i;
-            a[j2] = x0r - x2r;
-            a[j2 + 1] = x0i + x2i;
-            a[j1] = x1r - x3i;
-            a[j1 + 1] = x1i - x3r;
-            a[j3] = x1r + x3i;
-            a[j3 + 1] = x1i + x3r;
-        }
-    } else {
-        for (j = 0; j < l; j += 2) {
-            j1 = j + l;
-            x0r = a[j] - a[j1];
-            x0i = -a[j + 1] + a[j1 + 1];
-            a[j] += a[j1];
-            a[j + 1] = -a[j + 1] - a[j1 + 1];
-            a[j1] = x0r;
-            a[j1 + 1] = x0i;
-        }
-    }
+    cftlast<true>(n, l, a);
 }
 
-namespace {
-
-// Radix-4 butterfly on a[j], a[j+l], a[j+2l], a[j+3l] with the outputs rotated
-// by wk1 (second), wk2 (third) and wk3 (fourth).
-inline void bfly4(double *a, int j, int l, double wk1r, double wk1i, double wk2r, double wk2i,
-                  double wk3r, double wk3i)
-{
-    int j1 = j + l, j2 = j1 + l, j3 = j2 + l;
-    double x0r = a[j] + a[j1];
-    double x0i = a[j + 1] + a[j1 + 1];
-    double x1r = a[j] - a[j1];
-    double x1i = a[j + 1] - a[j1 + 1];
-    double x2r = a[j2] + a[j3];
-    double x2i = a[j2 + 1] + a[j3 + 1];
-    double x3r = a[j2] - a[j3];
-    double x3i = a[j2 + 1] - a[j3 + 1];
-    a[j] = x0r + x2r;
-    a[j + 1] = x0i + x2i;
-    x0r -= x2r;
-    x0i -= x2i;
-    a[j2] = wk2r * x0r - wk2i * x0i;
-    a[j2 + 1] = wk2r * x0i + wk2i * x0r;
-    x0r = x1r - x3i;
-    x0i = x1i + x3r;
-    a[j1] = wk1r * x0r - wk1i * x0i;
-    a[j1 + 1] = wk1r * x0i + wk1i * x0r;
-    x0r = x1r + x3i;
-    x0i = x1i - x3r;
-    a[j3] = wk3r * x0r - wk3i * x0i;
-    a[j3 + 1] = wk3r * x0i + wk3i * x0r;
-}
-
-// The same with the factors of the second group of a pair: wk2 turned by a
-// quarter wave, wk1 = wk3 up to sign at exp(i*pi/4) for the first pair.
-inline void bfly4eighth(double *a, int j, int l, double wk1r)
-{
-    int j1 = j + l, j2 = j1 + l, j3 = j2 + l;
-    double x0r = a[j] + a[j1];
-    double x0i = a[j + 1] + a[j1 + 1];
-    double x1r = a[j] - a[j1];
-    double x1i = a[j + 1] - a[j1 + 1];
-    double x2r = a[j2] + a[j3];
-    double x2i = a[j2 + 1] + a[j3 + 1];
-    double x3r = a[j2] - a[j3];
-    double x3i = a[j2 + 1] - a[j3 + 1];
-    a[j] = x0r + x2r;
-    a[j + 1] = x0i + x2i;
-    a[j2] = x2i - x0i;
-    a[j2 + 1] = x0r - x2r;
-    x0r = x1r - x3i;
-    x0i = x1i + x3r;
-    a[j1] = wk1r * (x0r - x0i);
-    a[j1 + 1] = wk1r * (x0r + x0i);
-    x0r = x3i + x1r;
-    x0i = x3r - x1i;
-    a[j3] = wk1r * (x0i - x0r);
-    a[j3 + 1] = wk1r * (x0i + x0r);
-}
-
-} // namespace
 
 // First radix-4 stage (span one complex value), blocks of 16 doubles.
 void cft1st(int n, double *a, double *w)
@@ -685,9 +666,9 @@ void cft1st(int n, double *a, double *w)
     int j, k1, k2;
     double wk1r, wk1i, wk2r, wk2i, wk3r, wk3i;
 
-    bfly4(a, 0, 2, 1.0, 0.0, 1.0, 0.0, 1.0, 0.0);
+    bfly4plain<false>(a, 0, 2);
     wk1r = w[2];
-    bfly4eighth(a, 8, 2, wk1r);
+    bfly4(a, 8, 2, mktw(wk1r, wk1r), mktw(0.0, 1.0), mktw(-wk1r, wk1r));
     k1 = 0;
     for (j = 16; j < n; j += 16) {
         k1 += 2;
@@ -698,16 +679,17 @@ void cft1st(int n, double *a, double *w)
         wk1i = w[k2 + 1];
         wk3r = wk1r - 2 * wk2i * wk1i;
         wk3i = 2 * wk2i * wk1r - wk1i;
-        bfly4(a, j, 2, wk1r, wk1i, wk2r, wk2i, wk3r, wk3i);
+        bfly4(a, j, 2, mktw(wk1r, wk1i), mktw(wk2r, wk2i), mktw(wk3r, wk3i));
         wk1r = w[k2 + 2];
         wk1i = w[k2 + 3];
         wk3r = wk1r - 2 * wk2r * wk1i;
         wk3i = 2 * wk2r * wk1r - wk1i;
-        bfly4(a, j + 8, 2, wk1r, wk1i, -wk2i, wk2r, wk3r, wk3i);
+        bfly4(a, j + 8, 2, mktw(wk1r, wk1i), mktw(-wk2i, wk2r), mktw(wk3r, wk3i));
     }
 }
 
-// Middle radix-4 stage of span l doubles over groups of m = 4l.
+// Middle radix-4 stage of span l doubles over groups of m = 4l.  Groups come
+// in pairs whose second member has wk2 turned by a quarter wave.
 void cftmdl(int n, int l, double *a, double *w)
 {
     int j, k, k1, k2, m, m2;
@@ -715,10 +697,11 @@ void cftmdl(int n, int l, double *a, double *w)
 
     m = l << 2;
     for (j = 0; j < l; j += 2)
-        bfly4(a, j, l, 1.0, 0.0, 1.0, 0.0, 1.0, 0.0);
+        bfly4plain<false>(a, j, l);
     wk1r = w[2];
+    const twid e1 = mktw(wk1r, wk1r), e2 = mktw(0.0, 1.0), e3 = mktw(-wk1r, wk1r);
     for (j = m; j < l + m; j += 2)
-        bfly4eighth(a, j, l, wk1r);
+        bfly4(a, j, l, e1, e2, e3);
     k1 = 0;
     m2 = 2 * m;
     for (k = m2; k < n; k += m2) {
@@ -730,14 +713,16 @@ void cftmdl(int n, int l, double *a, double *w)
         wk1i = w[k2 + 1];
         wk3r = wk1r - 2 * wk2i * wk1i;
         wk3i = 2 * wk2i * wk1r - wk1i;
+        const twid t1 = mktw(wk1r, wk1i), t2 = mktw(wk2r, wk2i), t3 = mktw(wk3r, wk3i);
         for (j = k; j < l + k; j += 2)
-            bfly4(a, j, l, wk1r, wk1i, wk2r, wk2i, wk3r, wk3i);
+            bfly4(a, j, l, t1, t2, t3);
         wk1r = w[k2 + 2];
         wk1i = w[k2 + 3];
         wk3r = wk1r - 2 * wk2r * wk1i;
         wk3i = 2 * wk2r * wk1r - wk1i;
+        const twid u1 = mktw(wk1r, wk1i), u2 = mktw(-wk2i, wk2r), u3 = mktw(wk3r, wk3i);
         for (j = k + m; j < l + (k + m); j += 2)
-            bfly4(a, j, l, wk1r, wk1i, -wk2i, wk2r, wk3r, wk3i);
+            bfly4(a, j, l, u1, u2, u3);
     }
 }
 
