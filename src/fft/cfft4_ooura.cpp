@@ -18,6 +18,22 @@ namespace detail {
 namespace {
 
 // Swaps complex a[j1] and a[k1]; with conj the imaginary parts change sign.
+#ifdef OSCILLA_FFT_SSE2
+inline void swap2(double *a, int j1, int k1)
+{
+    __m128d x = _mm_loadu_pd(a + j1), y = _mm_loadu_pd(a + k1);
+    _mm_storeu_pd(a + j1, y);
+    _mm_storeu_pd(a + k1, x);
+}
+
+inline void swap2conj(double *a, int j1, int k1)
+{
+    const __m128d c = _mm_set_pd(-0.0, 0.0);
+    __m128d x = _mm_loadu_pd(a + j1), y = _mm_loadu_pd(a + k1);
+    _mm_storeu_pd(a + j1, _mm_xor_pd(y, c));
+    _mm_storeu_pd(a + k1, _mm_xor_pd(x, c));
+}
+#else
 inline void swap2(double *a, int j1, int k1)
 {
     double xr = a[j1], xi = a[j1 + 1];
@@ -35,6 +51,7 @@ inline void swap2conj(double *a, int j1, int k1)
     a[k1] = xr;
     a[k1 + 1] = xi;
 }
+#endif
 
 } // namespace
 
@@ -629,6 +646,10 @@ void cftfsub(int n, double *a, double *w)
 {
     int l;
 
+    if (n >= 32 && cft_avx2_usable()) {
+        cftfsub_avx2(n, a, w);
+        return;
+    }
     l = 2;
     if (n > 8) {
         cft1st(n, a, w);
@@ -647,6 +668,10 @@ void cftbsub(int n, double *a, double *w)
 {
     int l;
 
+    if (n >= 32 && cft_avx2_usable()) {
+        cftbsub_avx2(n, a, w);
+        return;
+    }
     l = 2;
     if (n > 8) {
         cft1st(n, a, w);

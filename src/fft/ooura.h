@@ -28,6 +28,12 @@ void rftbsub(int n, double *a, int nc, double *c);
 void dctsub(int n, double *a, int nc, double *c);
 void dstsub(int n, double *a, int nc, double *c);
 
+// The butterfly stages of cftfsub and cftbsub for n >= 32 in AVX2/FMA form,
+// for processors that have it (cft_avx2_usable); same results to rounding.
+bool cft_avx2_usable();
+void cftfsub_avx2(int n, double *a, double *w);
+void cftbsub_avx2(int n, double *a, double *w);
+
 } // namespace detail
 } // namespace oscilla
 
