@@ -17,6 +17,14 @@ namespace detail {
 #ifdef OSCILLA_FFT_AVX2
 
 #define AVX2_FN __attribute__((target("avx2,fma")))
+// The stage routines are kept out of interprocedural analysis: GCC 12 at -O1
+// and above was seen to drop calls of the first stage after judging it free
+// of side effects.
+#if defined(__GNUC__) && !defined(__clang__)
+#define STAGE_FN __attribute__((noipa)) AVX2_FN
+#else
+#define STAGE_FN AVX2_FN
+#endif
 
 namespace {
 
@@ -78,67 +86,76 @@ template <bool Conj> AVX2_FN inline void bfly4x2plain(double *a, int j, int l)
     _mm256_storeu_pd(a + j3, out2<Conj>(_mm256_sub_pd(x1, x3)));
 }
 
-// One group of the first stage: four consecutive complex values at a[j],
-// rotated by 1, wk1 (second), wk2 (third), wk3 (fourth).  t01 carries
-// (1, wk1), t23 (wk2, wk3).
-AVX2_FN inline void grp1st(double *a, int j, const tw2 &t01, const tw2 &t23)
+// A twiddle pair held as two complex values, in multiplier form.
+AVX2_FN inline tw2 totw(__m256d v)
 {
-    __m256d v = _mm256_loadu_pd(a + j), u = _mm256_loadu_pd(a + j + 4);
-    __m256d p = _mm256_permute2f128_pd(v, u, 0x20); // a0, a2
-    __m256d q = _mm256_permute2f128_pd(v, u, 0x31); // a1, a3
-    __m256d s = _mm256_add_pd(p, q);                 // x0, x2
-    __m256d d = _mm256_sub_pd(p, q);                 // x1, x3
-    __m256d A = _mm256_permute2f128_pd(s, d, 0x20);  // x0, x1
-    __m256d B = _mm256_permute2f128_pd(s, d, 0x31);  // x2, x3
-    // x2, i*x3
-    B = _mm256_blend_pd(B, muli2(B), 0xC);
-    _mm256_storeu_pd(a + j, cmul2(_mm256_add_pd(A, B), t01));
-    _mm256_storeu_pd(a + j + 4, cmul2(_mm256_sub_pd(A, B), t23));
+    tw2 t;
+    t.r = _mm256_movedup_pd(v);
+    t.i = _mm256_xor_pd(_mm256_permute_pd(v, 15), _mm256_set_pd(0.0, -0.0, 0.0, -0.0));
+    return t;
 }
 
-AVX2_FN void cft1st_avx2(int n, double *a, double *w)
+// Two neighbouring groups of the first stage, each four consecutive complex
+// values (at a[j] and a[j+8]).  Lanes hold the two groups: the second group's
+// wk1 follows the first's in the bit-reversed table, its wk2 is the first's
+// turned by a quarter wave, and wk3 = wk1*wk2.
+AVX2_FN inline void grp1st2(double *a, int j, const double *wk1, const double *wk2)
 {
-    int j, k1, k2;
-    double wk1r, wk1i, wk2r, wk2i, wk3r, wk3i;
+    __m256d vg01 = _mm256_loadu_pd(a + j), vg23 = _mm256_loadu_pd(a + j + 4);
+    __m256d vh01 = _mm256_loadu_pd(a + j + 8), vh23 = _mm256_loadu_pd(a + j + 12);
+    __m256d p0 = _mm256_permute2f128_pd(vg01, vh01, 0x20), p1 = _mm256_permute2f128_pd(vg01, vh01, 0x31);
+    __m256d p2 = _mm256_permute2f128_pd(vg23, vh23, 0x20), p3 = _mm256_permute2f128_pd(vg23, vh23, 0x31);
 
-    grp1st(a, 0, mk2(1.0, 0.0, 1.0, 0.0), mk2(1.0, 0.0, 1.0, 0.0));
-    wk1r = w[2];
-    grp1st(a, 8, mk2(1.0, 0.0, wk1r, wk1r), mk2(0.0, 1.0, -wk1r, wk1r));
-    k1 = 0;
-    for (j = 16; j < n; j += 16) {
-        k1 += 2;
-        k2 = 2 * k1;
-        wk2r = w[k1];
-        wk2i = w[k1 + 1];
-        wk1r = w[k2];
-        wk1i = w[k2 + 1];
-        wk3r = wk1r - 2 * wk2i * wk1i;
-        wk3i = 2 * wk2i * wk1r - wk1i;
-        grp1st(a, j, mk2(1.0, 0.0, wk1r, wk1i), mk2(wk2r, wk2i, wk3r, wk3i));
-        wk1r = w[k2 + 2];
-        wk1i = w[k2 + 3];
-        wk3r = wk1r - 2 * wk2r * wk1i;
-        wk3i = 2 * wk2r * wk1r - wk1i;
-        grp1st(a, j + 8, mk2(1.0, 0.0, wk1r, wk1i), mk2(-wk2i, wk2r, wk3r, wk3i));
-    }
+    __m256d W1 = _mm256_loadu_pd(wk1);
+    __m128d w2 = _mm_loadu_pd(wk2);
+    __m128d w2i = _mm_xor_pd(_mm_shuffle_pd(w2, w2, 1), _mm_set_pd(0.0, -0.0));
+    __m256d W2 = _mm256_set_m128d(w2i, w2);
+    const tw2 t1 = totw(W1), t2 = totw(W2);
+    const tw2 t3 = totw(cmul2(W2, t1));
+
+    __m256d x0 = _mm256_add_pd(p0, p1), x1 = _mm256_sub_pd(p0, p1);
+    __m256d x2 = _mm256_add_pd(p2, p3), x3 = muli2(_mm256_sub_pd(p2, p3));
+    __m256d y0 = _mm256_add_pd(x0, x2);
+    __m256d y2 = cmul2(_mm256_sub_pd(x0, x2), t2);
+    __m256d y1 = cmul2(_mm256_add_pd(x1, x3), t1);
+    __m256d y3 = cmul2(_mm256_sub_pd(x1, x3), t3);
+    _mm256_storeu_pd(a + j, _mm256_permute2f128_pd(y0, y1, 0x20));
+    _mm256_storeu_pd(a + j + 4, _mm256_permute2f128_pd(y2, y3, 0x20));
+    _mm256_storeu_pd(a + j + 8, _mm256_permute2f128_pd(y0, y1, 0x31));
+    _mm256_storeu_pd(a + j + 12, _mm256_permute2f128_pd(y2, y3, 0x31));
 }
 
-AVX2_FN void cftmdl_avx2(int n, int l, double *a, double *w)
+// First stage over a[jbeg..jend): the table starts with 1 and exp(i*pi/4),
+// so the first pair of groups needs no case of its own.
+STAGE_FN void cft1st_avx2(int jbeg, int jend, double *a, double *w)
+{
+    int j, k1;
+
+    for (j = jbeg, k1 = jbeg >> 3; j < jend; j += 16, k1 += 2)
+        grp1st2(a, j, w + 2 * k1, w + k1);
+}
+
+// Middle stage of span l over the groups in a[kbeg..kend); kbeg is a multiple
+// of a group pair (8l doubles).
+STAGE_FN void cftmdl_avx2(int l, double *a, double *w, int kbeg, int kend)
 {
     int j, k, k1, k2, m, m2;
     double wk1r, wk1i, wk2r, wk2i, wk3r, wk3i;
 
     m = l << 2;
-    for (j = 0; j < l; j += 4)
-        bfly4x2plain<false>(a, j, l);
-    wk1r = w[2];
-    const tw2 e1 = mk2(wk1r, wk1r, wk1r, wk1r), e2 = mk2(0.0, 1.0, 0.0, 1.0), e3 = mk2(-wk1r, wk1r, -wk1r, wk1r);
-    for (j = m; j < l + m; j += 4)
-        bfly4x2(a, j, l, e1, e2, e3);
-    k1 = 0;
     m2 = 2 * m;
-    for (k = m2; k < n; k += m2) {
-        k1 += 2;
+    k = kbeg;
+    if (k == 0) {
+        for (j = 0; j < l; j += 4)
+            bfly4x2plain<false>(a, j, l);
+        wk1r = w[2];
+        const tw2 e1 = mk2(wk1r, wk1r, wk1r, wk1r), e2 = mk2(0.0, 1.0, 0.0, 1.0),
+                  e3 = mk2(-wk1r, wk1r, -wk1r, wk1r);
+        for (j = m; j < l + m; j += 4)
+            bfly4x2(a, j, l, e1, e2, e3);
+        k = m2;
+    }
+    for (k1 = 2 * (k / m2); k < kend; k += m2, k1 += 2) {
         k2 = 2 * k1;
         wk2r = w[k1];
         wk2i = w[k1 + 1];
@@ -161,15 +178,33 @@ AVX2_FN void cftmdl_avx2(int n, int l, double *a, double *w)
     }
 }
 
-template <bool Conj> AVX2_FN void cftsub_avx2(int n, double *a, double *w)
-{
-    int j, l;
+// Doubles per cache block: for long transforms the short-span stages run
+// block by block, so that each block stays in the second-level cache through
+// all of them, and only the long spans sweep the whole array.
+const int kBlock = 1 << 15;
 
-    cft1st_avx2(n, a, w);
-    l = 8;
-    while ((l << 2) < n) {
-        cftmdl_avx2(n, l, a, w);
-        l <<= 2;
+template <bool Conj> STAGE_FN void cftsub_avx2(int n, double *a, double *w)
+{
+    int b, j, l;
+
+    if (n <= kBlock) {
+        cft1st_avx2(0, n, a, w);
+        l = 8;
+        while ((l << 2) < n) {
+            cftmdl_avx2(l, a, w, 0, n);
+            l <<= 2;
+        }
+    } else {
+        l = 8;
+        for (b = 0; b < n; b += kBlock) {
+            cft1st_avx2(b, b + kBlock, a, w);
+            for (l = 8; (l << 3) <= kBlock; l <<= 2)
+                cftmdl_avx2(l, a, w, b, b + kBlock);
+        }
+        while ((l << 2) < n) {
+            cftmdl_avx2(l, a, w, 0, n);
+            l <<= 2;
+        }
     }
     if ((l << 2) == n) {
         for (j = 0; j < l; j += 4)

@@ -123,7 +123,7 @@ TEST(CFFT4, ComplexFFTMatchesDirectDftForEveryPowerOfTwo)
 TEST(CFFT4, ComplexRoundTripAndComplexOverload)
 {
     CFFT4 f;
-    for (int n : {2, 4, 8, 32, 512, 8192}) {
+    for (int n : {2, 4, 8, 32, 512, 8192, 32768}) {
         std::vector<double> x = noise(2 * n, n);
         std::vector<oscilla::complex> z(n);
         for (int j = 0; j < n; j++)
