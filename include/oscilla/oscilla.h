@@ -15,4 +15,10 @@
 #include "oscilla/spectrum/cfft.h"
 #include "oscilla/spectrum/formats.h"
 
+#include "oscilla/linalg/eigensym.h"
+#include "oscilla/linalg/polyroots.h"
+#include "oscilla/linalg/qr.h"
+#include "oscilla/linalg/solvers.h"
+#include "oscilla/linalg/svd.h"
+
 #endif
