@@ -334,6 +334,7 @@ TEST(CScanRefine, PeakBetweenSamplesRecovered)
             CScan s;
             ASSERT_EQ(s.Maxima(r.get()), 1);
             const int p = s.GetIdx()[0];
+            s.SplineCoef(r.get());
             for (int spline = 0; spline < 2; spline++) {
                 double x = 0, y = 0;
                 EXPECT_EQ(s.RefineCtr(r.get(), p, y, x, 0, 1e-5, spline), 1);
