@@ -40,6 +40,8 @@ public:
 
     CScan();
     ~CScan();
+    // A copy is a plain copy of the fields: both objects then share the lists
+    // and the spline, and only one of them may be destroyed.
     CScan(const CScan &) = default;
     CScan &operator=(const CScan &) = default;
 
@@ -87,11 +89,16 @@ public:
     // always come from ya[1..4], so ya must hold at least four values.
     double polint(double *xa, double *ya, int n, double x, int limit);
 
+    // Position and value of the extremum at point idx (minimum 0: a maximum)
+    // between its neighbours; 1 on convergence. With useSpline the spline
+    // coefficients are built first if they belong to another series. At
+    // idx = n - 1 the four-point stencil is kept inside the series.
     int RefineCtr(XY *xy, int idx, double &y, double &x, int minimum, double tol, int useSpline);
     void SplineCoef(XY *xy);
     double SplineEval(double x);
     int BisecXY(XY *xy, double x);
 
+    // Peak records belong to the caller. A maxCount of 0 or less cuts nothing.
     XY *GetMaxima(XY *xy, int mode);
     XY *GetMimina(XY *xy, int mode);
     XY *GetLmtdMaxima(XY *xy, int minWidth, int refine, int maxCount);
