@@ -94,6 +94,8 @@ using Worker = void (*)(int, int, XY *);
 // back in ascending x. The block keeps its size; only the count shrinks.
 XY *limit_by(XY *xy, int maxn, int copy, Worker sorter)
 {
+    if (!xy)
+        return nullptr;
     XY *r = copy ? CXY::DupXY(xy) : xy;
     if (!r)
         return nullptr;
@@ -166,6 +168,8 @@ void CXY::ReverseYW(XY *xy)
 
 XY *CXY::Segment(XY *xy, double lo, double hi)
 {
+    if (!xy)
+        return nullptr;
     const int n = xy_count(xy);
     if (n < 1 || (lo <= xy[1].x && hi >= xy[n].x))
         return DupXY(xy);
@@ -213,6 +217,8 @@ XY *CXY::LimitByIncW(XY *xy, int maxn, int copy) { return limit_by(xy, maxn, cop
 
 XY *CXY::RemoveAdjacent(XY *xy, double dist)
 {
+    if (!xy)
+        return nullptr;
     const int n = xy_count(xy);
     XY *r = static_cast<XY *>(std::calloc(static_cast<size_t>(n) + 1, sizeof(XY)));
     if (!r)
@@ -239,6 +245,8 @@ XY *CXY::RemoveAdjacent(XY *xy, double dist)
 
 XY *CXY::AvgReplicates(XY *xy, int clear, int keepfour)
 {
+    if (!xy)
+        return nullptr;
     const int nsrc = xy_count(xy);
     XY *res = DupXY(xy);
     XY *work = DupXY(xy);

@@ -154,6 +154,8 @@ double CXY::Power(XY *xy)
 
 void CXY::XYStats(XY *xy, XYSTATS *stats, int stride)
 {
+    if (!stats)
+        return;
     const int n = xy_count(xy);
     if (stride < 1)
         stride = 1;
@@ -273,6 +275,8 @@ double CXY::SSE(XY *a, XY *b)
 
 double CXY::SSE(XY *xy, double (*fn)(double))
 {
+    if (!fn)
+        return 0.0;
     if (!xy)
         xy = pxy;
     if (!xy)

@@ -9,9 +9,12 @@
 namespace oscilla {
 namespace detail {
 
-// Header counts are doubles read by truncation; a negative count means no points.
+// Header counts are doubles read by truncation; a negative count, or a missing
+// record, means no points.
 inline int xy_count(const XY *xy)
 {
+    if (!xy)
+        return 0;
     int n = static_cast<int>(xy[0].x);
     return n > 0 ? n : 0;
 }
