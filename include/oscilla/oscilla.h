@@ -15,6 +15,8 @@
 #include "oscilla/spectrum/cfft.h"
 #include "oscilla/spectrum/formats.h"
 
+#include "oscilla/estimate/cscan.h"
+
 #include "oscilla/linalg/eigensym.h"
 #include "oscilla/linalg/polyroots.h"
 #include "oscilla/linalg/qr.h"

@@ -3,10 +3,12 @@
 #ifndef OSCILLA_SRC_SPECTRUM_OUTPUT_IMPL_H
 #define OSCILLA_SRC_SPECTRUM_OUTPUT_IMPL_H
 
+#include "oscilla/series/cxy.h"
 #include "oscilla/spectrum/cfft.h"
 #include "oscilla/spectrum/formats.h"
 
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <vector>
 
@@ -25,6 +27,13 @@ inline double bin_factor(int k, int L, int M, int density)
     if (k == 0 || (k == M - 1 && L % 2 == 0))
         return density ? SQRT2 : 1.0;
     return 2.0;
+}
+
+// The noise estimate of the engine's own input: an XY record is measured in place.
+template <class S, class Engine>
+double NoiseOfSource(Engine &e)
+{
+    return e.GaussNoise(e.pxy);
 }
 
 inline unsigned char reps_of(int count) { return static_cast<unsigned char>(count > 255 ? 255 : count); }
@@ -443,6 +452,60 @@ double BasicFFT<S>::MaxPower(double *block)
             m = v;
     }
     return m;
+}
+
+template <class S>
+double BasicFFT<S>::UniNoise(XY *xy)
+{
+    if (!xy)
+        return 0.0;
+    CXY c(xy);
+    return c.UniNoise(xy);
+}
+
+template <class S>
+double BasicFFT<S>::GaussNoise(XY *xy)
+{
+    if (!xy)
+        return 0.0;
+    CXY c(xy);
+    return c.GaussNoise(xy);
+}
+
+// Noise of the input (0, computed once and cached) or of the last inverse
+// record (1, computed afresh at every call).
+template <class S>
+double BasicFFT<S>::GetNoise(int which)
+{
+    if (which == 0) {
+        if (noise[0] == 0.0)
+            noise[0] = detail::NoiseOfSource<S>(*this);
+        return noise[0];
+    }
+    if (which == 1) {
+        noise[1] = GaussNoise(xyp);
+        return noise[1];
+    }
+    return 0.0;
+}
+
+template <class S>
+char *BasicFFT<S>::GetStrNoise(char *dst, int which)
+{
+    if (!dst)
+        return dst;
+    dst[0] = '\0';
+    if (which == 0 || which == -1)
+        GetNoise(0);
+    if (which == 1 || which == -1)
+        GetNoise(1);
+    if (which == -1) {
+        if (noise[1] != 0.0)
+            std::sprintf(dst, "(%.2lf%c)", noise[1] / noise[0] * 100.0, 37);
+    } else if (which == 0 || which == 1) {
+        std::sprintf(dst, "%6.3lf", noise[which]);
+    }
+    return dst;
 }
 
 } // namespace oscilla

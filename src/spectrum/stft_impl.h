@@ -2,6 +2,8 @@
 #ifndef OSCILLA_SRC_SPECTRUM_STFT_IMPL_H
 #define OSCILLA_SRC_SPECTRUM_STFT_IMPL_H
 
+#include "oscilla/estimate/cscan.h"
+#include "oscilla/series/cxy.h"
 #include "oscilla/spectrum/cfft.h"
 
 #include <cfloat>
@@ -226,6 +228,59 @@ XY **BasicFFT<S>::STFTGrid(int format, int group, double range)
     xyfs[0][per + 2].y = slices;
     xyfs[0][per + 2].w = STFTDataPower(format, times[0], times[slices - 1]);
     return xyfs;
+}
+
+// The strongest maxima of every slice, strongest first, from the per-segment
+// records as the last STFT or GetXYppFFT left them (format must be theirs).
+template <class S>
+XYZ *BasicFFT<S>::STFTPeaks(int format, int maxpeaks)
+{
+    XY **pp = xyff[0];
+    const int slices = ipass;
+    if (!pp || slices < 1 || maxpeaks < 1)
+        return nullptr;
+    for (int j = 0; j < slices; j++)
+        if (!pp[j])
+            return nullptr; // fewer records than slices: not built by a segment pass
+    std::vector<double> times(static_cast<size_t>(slices));
+    if (!SliceTimes(times.data(), slices)) {
+        failed = 1;
+        return nullptr;
+    }
+    std::free(xyzpk);
+    xyzpk = static_cast<XYZ *>(std::calloc(static_cast<size_t>(slices) * maxpeaks + 1, sizeof(XYZ)));
+    if (!xyzpk) {
+        failed = 1;
+        return nullptr;
+    }
+    const double r = static_cast<double>(cnt) / seglen;
+    size_t n = 0;
+    for (int j = 0; j < slices; j++) {
+        CScan scan;
+        XY *peaks = scan.GetLmtdMaxima(pp[j], 1, 0, maxpeaks);
+        if (!peaks)
+            continue;
+        const int count = static_cast<int>(peaks[0].x);
+        if (count > 1)
+            CXY::SortDecY(peaks);
+        for (int i = 1; i <= count && i <= maxpeaks; i++) {
+            XYZ &q = xyzpk[++n];
+            q.x = times[j];
+            q.y = peaks[i].x;
+            q.z = peaks[i].y;
+            STFTRescale(q.z, format, r);
+        }
+        std::free(peaks);
+    }
+    xyzpk[0].x = static_cast<double>(n);
+    if (format == 7) {
+        double top = -1e300;
+        for (size_t i = 1; i <= n; i++)
+            top = xyzpk[i].z > top ? xyzpk[i].z : top;
+        for (size_t i = 1; i <= n; i++)
+            xyzpk[i].z -= top;
+    }
+    return xyzpk;
 }
 
 } // namespace oscilla

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 
 using oscilla::CFFT;
 using oscilla::XY;
@@ -133,4 +134,55 @@ TEST(STFTDataPower, SumsTheSquaresBetweenTwoTimes)
     EXPECT_DOUBLE_EQ(f.STFTDataPower(9, 0.0, 4.5), 25 * 0.5);
     EXPECT_DOUBLE_EQ(f.STFTDataPower(10, 0.0, 4.5), 25 / 100.0);
     EXPECT_DOUBLE_EQ(f.STFTDataPower(4, 0.0, 4.5), 25 * 0.5 * 20 / 100.0);
+}
+
+TEST(STFTPeaks, FollowTheRidgeOfAChirpSliceBySlice)
+{
+    const int N = 8192;
+    const double f0 = 0.05, f1 = 0.4, k = (f1 - f0) / N;
+    Series r(N, [&](int i) {
+        const double t = i - 1;
+        return std::sin(2 * M_PI * (f0 * t + 0.5 * k * t * t));
+    });
+    CFFT f(r.p, 0, 0, 0, 3, 0.0, 256, 50.0, 2);
+    ASSERT_NE(f.STFT(4), nullptr);
+    XYZ *pk = f.STFTPeaks(4, 2);
+    ASSERT_NE(pk, nullptr);
+    const int slices = f.GetFftCnt();
+    ASSERT_EQ(slices, 63);
+    ASSERT_GE(pk[0].x, slices);
+    int checked = 0;
+    double last_time = -1;
+    for (int i = 1; i <= pk[0].x; i++) {
+        if (pk[i].x == last_time)
+            continue; // the second peak of a slice is weaker: the first one is the ridge
+        last_time = pk[i].x;
+        EXPECT_NEAR(pk[i].y, f0 + k * pk[i].x, 1.5 / 256) << "slice time " << pk[i].x;
+        checked++;
+    }
+    EXPECT_EQ(checked, slices);
+}
+
+TEST(Noise, CachedForTheInputFreshForTheResultAndFormattedAsText)
+{
+    Series r(64, [](int i) { return std::sin(0.3 * i) + 0.01 * ((i * 37) % 11); });
+    CFFT f(r.p, 0, 0, 0, 0, 0.0, 0, 0.0, 0);
+    const double n0 = f.GetNoise(0);
+    EXPECT_GT(n0, 0.0);
+    r.p[5].y += 10.0; // the input's noise is cached: a changed record is not measured again
+    EXPECT_EQ(f.GetNoise(0), n0);
+    EXPECT_EQ(f.GetNoise(7), 0.0);
+    char buf[64];
+    EXPECT_EQ(f.GetStrNoise(nullptr, 0), nullptr);
+    char want[64];
+    std::snprintf(want, sizeof want, "%6.3f", n0);
+    EXPECT_STREQ(f.GetStrNoise(buf, 0), want);
+    EXPECT_STREQ(f.GetStrNoise(buf, -1), ""); // no result record: no ratio
+    EXPECT_STREQ(f.GetStrNoise(buf, 5), "");
+    Series q(64, [](int i) { return 0.5 * std::sin(0.3 * i) + 0.02 * ((i * 37) % 11); });
+    f.xyp = q.p;
+    const double n1 = f.GetNoise(1);
+    std::snprintf(want, sizeof want, "(%.2f%%)", n1 / n0 * 100);
+    EXPECT_STREQ(f.GetStrNoise(buf, -1), want);
+    f.xyp = nullptr; // the record is the test's, not the object's
 }

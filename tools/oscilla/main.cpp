@@ -181,25 +181,21 @@ struct Peak {
     double freq, value;
 };
 
-// Local maxima of a spectrum record above bin 0, strongest first, each refined
-// between bins by the parabola through it and its two neighbours.
-std::vector<Peak> FindPeaks(const XY *p, int count)
+// The strongest maxima of a spectrum record, strongest first, refined between
+// bins by the library's peak scan (natural spline through the bins).
+std::vector<Peak> FindPeaks(XY *p, int count)
 {
     std::vector<Peak> peaks;
-    const int M = static_cast<int>(p[0].x);
-    for (int k = 3; k < M; k++) {
-        const double a = p[k - 1].y, b = p[k].y, c = p[k + 1].y;
-        if (!(b > a && b >= c))
-            continue;
-        const double den = a - 2 * b + c;
-        double d = den != 0.0 ? 0.5 * (a - c) / den : 0.0;
-        d = std::max(-0.5, std::min(0.5, d));
-        const double step = p[k + 1].x - p[k].x;
-        peaks.push_back({p[k].x + d * step, b - 0.25 * (a - c) * d});
-    }
+    if (count < 1)
+        return peaks;
+    oscilla::CScan scan;
+    XY *m = scan.GetLmtdMaxima(p, 1, oscilla::PEAK_SPLINE, count);
+    if (!m)
+        return peaks;
+    for (int i = 1; i <= static_cast<int>(m[0].x); i++)
+        peaks.push_back({m[i].x, m[i].y});
+    std::free(m);
     std::sort(peaks.begin(), peaks.end(), [](const Peak &x, const Peak &y) { return x.value > y.value; });
-    if (static_cast<int>(peaks.size()) > count)
-        peaks.resize(static_cast<size_t>(count));
     return peaks;
 }
 
@@ -284,15 +280,11 @@ int RunSTFT(const Options &o)
     std::printf("# %s\n", s.source.c_str());
     std::printf("# %d points, segment %d, overlap %g%%, %d slices of %d values, format %s\n", n, f.GetSeglen(),
                 o.overlap, slices, per, FormatLabel(format));
-    // The ridge: the strongest value of every slice.
+    // The ridge: the strongest maximum of every slice.
     std::printf("%14s %14s %16s\n", "time", "frequency", FormatLabel(format));
-    for (int j = 0; j < slices; j++) {
-        int best = 1 + j * per;
-        for (int i = 1 + j * per; i <= (j + 1) * per && i <= points; i++)
-            if (g[i].z > g[best].z)
-                best = i;
-        std::printf("%14.6g %14.6g %16.6g\n", g[best].x, g[best].y, g[best].z);
-    }
+    if (oscilla::XYZ *pk = f.STFTPeaks(format, 1))
+        for (int i = 1; i <= static_cast<int>(pk[0].x); i++)
+            std::printf("%14.6g %14.6g %16.6g\n", pk[i].x, pk[i].y, pk[i].z);
     if (!o.csv.empty()) {
         std::string text = "time,frequency,value\n";
         for (int i = 1; i <= points; i++)

@@ -141,14 +141,20 @@ public:
     double MaxPower(double *block);
     void UnwrapPhase(XY *xy);
     void CopyFrequency(XY *xy);
+    double GetNoise(int which);
+    char *GetStrNoise(char *dst, int which);
+    double UniNoise(XY *xy);
+    double GaussNoise(XY *xy);
 
     // Short-time transform over the segment blocks: a grid of at most 16384
     // points, one record per slice, or the strongest peaks per slice.
     XYZ *STFT(int format);
     XY **STFTGrid(int format, int group, double range);
+    XYZ *STFTPeaks(int format, int maxpeaks);
     double STFTDataPower(int format, double t0, double t1);
     XY **GetXYfs() const { return xyfs; }
     XYZ *GetXYZs() const { return xyzs; }
+    XYZ *GetXYZpk() const { return xyzpk; }
 
     // Transform front ends. Forward is sign 1, exp(+2 pi i jk/n), unscaled.
     void realft(double *data, int n, int sign, int norm);
