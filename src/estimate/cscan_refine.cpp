@@ -1,5 +1,6 @@
 // CScan: interpolation and the refinement of an extremum between samples.
 #include "oscilla/estimate/cscan.h"
+#include "oscilla/series/cxy.h"
 
 #include "series/xy_access.h"
 
@@ -10,73 +11,11 @@ namespace oscilla {
 
 using detail::xy_count;
 
-// Neville's algorithm: the tableau of corrections c (upward) and d (downward),
-// started from the abscissa nearest x (the first of equals), one-based arrays.
-// The fallback mean and the clamp range always come from ya[1..4].
+// The same Neville scheme as the series container's: one implementation
+// serves both (fallback mean and clamp range from ya[1..4]).
 double CScan::polint(double *xa, double *ya, int n, double x, int limit)
 {
-    double lo = ya[1], hi = ya[1], mean = 0.0;
-    for (int i = 1; i <= 4; i++) {
-        if (ya[i] < lo)
-            lo = ya[i];
-        if (ya[i] > hi)
-            hi = ya[i];
-        mean += ya[i];
-    }
-    mean /= 4.0;
-    if (n < 1)
-        return mean;
-
-    // Work arrays for up to ten points; a longer call gets heap space rather
-    // than writing past them.
-    double cbuf[11], dbuf[11];
-    double *heap = nullptr;
-    double *c = cbuf, *d = dbuf;
-    if (n > 10) {
-        heap = static_cast<double *>(std::malloc(2 * (static_cast<size_t>(n) + 1) * sizeof(double)));
-        if (!heap)
-            return mean;
-        c = heap;
-        d = heap + n + 1;
-    }
-
-    int ns = 1;
-    double dif = std::fabs(x - xa[1]);
-    for (int i = 1; i <= n; i++) {
-        const double dift = std::fabs(x - xa[i]);
-        if (dift < dif) {
-            ns = i;
-            dif = dift;
-        }
-        c[i] = ya[i];
-        d[i] = ya[i];
-    }
-    double y = ya[ns--];
-    for (int m = 1; m < n; m++) {
-        for (int i = 1; i <= n - m; i++) {
-            const double ho = xa[i] - x;
-            const double hp = xa[i + m] - x;
-            const double w = c[i + 1] - d[i];
-            double den = ho - hp;
-            if (den == 0.0) {
-                // Two equal abscissae: no polynomial passes through both.
-                std::free(heap);
-                return mean;
-            }
-            den = w / den;
-            d[i] = hp * den;
-            c[i] = ho * den;
-        }
-        y += (2 * ns < n - m) ? c[ns + 1] : d[ns--];
-    }
-    std::free(heap);
-    if (limit) {
-        if (y < lo)
-            y = lo;
-        if (y > hi)
-            y = hi;
-    }
-    return y;
+    return CXY::polint(xa, ya, n, x, limit);
 }
 
 // Natural cubic spline: second derivatives zero at both ends, the tridiagonal

@@ -33,6 +33,19 @@ BasicFFT<S>::BasicFFT(Record *xy, int primefac_, int remlintrend_, int minpad_, 
                       int seglen_, double overlap_, int gainmode_)
 {
     failed = 0;
+    StoreParameters(primefac_, remlintrend_, minpad_, window_, alpha_, seglen_, overlap_, gainmode_);
+    pxy = xy;
+    Init();
+    if (!xy)
+        return;
+    Measure(xy);
+    Forward();
+}
+
+template <class S>
+void BasicFFT<S>::StoreParameters(int primefac_, int remlintrend_, int minpad_, int window_, double alpha_,
+                                  int seglen_, double overlap_, int gainmode_)
+{
     primefac = primefac_;
     remlintrend = remlintrend_;
     minpad = minpad_;
@@ -41,15 +54,16 @@ BasicFFT<S>::BasicFFT(Record *xy, int primefac_, int remlintrend_, int minpad_, 
     seglen = seglen_;
     overlap = overlap_;
     gainmode = gainmode_;
-    pxy = xy;
-    Init();
-    if (!xy)
-        return;
+}
+
+// The input measures taken once per series: count, area, spacing, mean, variance.
+template <class S>
+void BasicFFT<S>::Measure(Record *xy)
+{
     cnt = S::Count(xy);
     area = RawArea(xy);
     xspc = XSpacing(xy);
     AveVar(xy, mean, variance);
-    Forward();
 }
 
 template <class S>
@@ -109,21 +123,11 @@ template <class S>
 void BasicFFT<S>::Reset(Record *xy, int primefac_, int remlintrend_, int minpad_, int window_, double alpha_,
                         int seglen_, double overlap_, int gainmode_)
 {
-    primefac = primefac_;
-    remlintrend = remlintrend_;
-    minpad = minpad_;
-    window = window_;
-    alpha = alpha_;
-    seglen = seglen_;
-    overlap = overlap_;
-    gainmode = gainmode_;
+    StoreParameters(primefac_, remlintrend_, minpad_, window_, alpha_, seglen_, overlap_, gainmode_);
     noise[0] = noise[1] = 0.0;
     if (xy) {
         pxy = xy;
-        cnt = S::Count(xy);
-        area = RawArea(xy);
-        xspc = XSpacing(xy);
-        AveVar(xy, mean, variance);
+        Measure(xy);
     }
     Forward();
 }

@@ -49,6 +49,18 @@ void BasicFFT<S>::STFTRescale(double &z, int format, double r)
         z = std::log(std::exp(0.23025850929940456 * z) * r) * 4.342944819032518;
 }
 
+// Bins are merged no further than 4 per slice: then the later slices are
+// dropped instead, 4096 at most being kept.
+template <class S>
+void BasicFFT<S>::FewBinsPerSlice(int bins, int &group, int &per, int &slices)
+{
+    if (per >= 4)
+        return;
+    group = bins / 4 > 0 ? bins / 4 : 1;
+    per = 4;
+    slices = slices < detail::STFT_MAX_SLICES ? slices : detail::STFT_MAX_SLICES;
+}
+
 template <class S>
 double BasicFFT<S>::STFTDataPower(int format, double t0, double t1)
 {
@@ -90,12 +102,7 @@ XYZ *BasicFFT<S>::STFT(int format)
     if (bins > limit) {
         group = limit > 0 ? static_cast<int>(std::ceil(static_cast<double>(bins) / limit)) : bins;
         per = bins / group;
-        if (per < 4) {
-            // Merge bins no further: keep 4 per slice and drop the later slices.
-            group = bins / 4 > 0 ? bins / 4 : 1;
-            per = 4;
-            slices = slices < detail::STFT_MAX_SLICES ? slices : detail::STFT_MAX_SLICES;
-        }
+        FewBinsPerSlice(bins, group, per, slices);
     }
     std::free(xyzs);
     const size_t points = static_cast<size_t>(slices) * per;
@@ -163,11 +170,7 @@ XY **BasicFFT<S>::STFTGrid(int format, int group, double range)
         group = 1;
     } else {
         per = bins / group;
-        if (per < 4) {
-            group = bins / 4 > 0 ? bins / 4 : 1;
-            per = 4;
-            slices = slices < detail::STFT_MAX_SLICES ? slices : detail::STFT_MAX_SLICES;
-        }
+        FewBinsPerSlice(bins, group, per, slices);
     }
     detail::free_record_array(xyfs);
     xyfs = static_cast<XY **>(std::calloc(static_cast<size_t>(slices) + 1, sizeof(XY *)));

@@ -193,6 +193,11 @@ public:
     void goertzel(double *x, int n, int sign);
 
 private:
+    void StoreParameters(int primefac, int remlintrend, int minpad, int window, double alpha, int seglen,
+                         double overlap, int gainmode);
+    void Measure(Record *xy);
+    void RealHalfLength(double *p, int n, int sign, int norm);
+    static void FewBinsPerSlice(int bins, int &group, int &per, int &slices);
     double FreqStep(bool segmented);
     double GainScale(const double *b) const;
     double SegmentScale(const double *b) const;
