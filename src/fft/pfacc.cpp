@@ -5,6 +5,8 @@
 // its butterfly slots so that the result comes out in natural order.
 #include "fft/kernels.h"
 
+#include <utility>
+
 namespace oscilla {
 namespace detail {
 
@@ -49,84 +51,89 @@ struct Roots<13> {
                                    0.93501624268541483, 0.66312265824079519, 0.23931566428755768};
 };
 
-// exp(2 pi i j / 16), j = 0..7, for the power-of-two butterflies.
+// exp(2 pi i j / 16), j = 0..3, for the power-of-two butterflies.
 constexpr double C16[] = {1.0, 0.92387953251128674, 0.7071067811865476, 0.38268343236508978};
 
-// Y[j] = sum over k of z[k] exp(+2 pi i jk / P): the unrotated butterfly.
+// A complex value as a pair of doubles in one register (real, imaginary).
+typedef double v2d __attribute__((vector_size(16)));
+typedef long long v2i __attribute__((vector_size(16)));
+
+inline v2d swap(v2d a)
+{
+#if defined(__clang__)
+    return __builtin_shufflevector(a, a, 1, 0);
+#else
+    return __builtin_shuffle(a, v2i{1, 0});
+#endif
+}
+// i a
+inline v2d times_i(v2d a) { return swap(a) * v2d{-1.0, 1.0}; }
+inline v2d load(const double *p)
+{
+    v2d v;
+    __builtin_memcpy(&v, p, sizeof v);
+    return v;
+}
+inline void store(double *p, v2d v) { __builtin_memcpy(p, &v, sizeof v); }
+
+// y[j] = sum over k of z[k] exp(+2 pi i jk / P): the unrotated butterfly.
 template <int P>
 struct Butterfly {
     // Odd P: sums and differences of mirrored inputs, then the even (cosine)
     // and odd (sine) parts, paired for outputs j and P - j.
-    static inline void run(const double *xr, const double *xi, double *yr, double *yi)
+    static inline void run(const v2d *z, v2d *y)
     {
         constexpr int H = (P - 1) / 2;
-        double ar[H], ai[H], br[H], bi[H];
-        double sr0 = xr[0], si0 = xi[0];
+        v2d a[H], b[H];
+        v2d y0 = z[0];
 #pragma GCC unroll 8
         for (int k = 1; k <= H; k++) {
-            ar[k - 1] = xr[k] + xr[P - k];
-            ai[k - 1] = xi[k] + xi[P - k];
-            br[k - 1] = xr[k] - xr[P - k];
-            bi[k - 1] = xi[k] - xi[P - k];
-            sr0 += ar[k - 1];
-            si0 += ai[k - 1];
+            a[k - 1] = z[k] + z[P - k];
+            b[k - 1] = z[k] - z[P - k];
+            y0 += a[k - 1];
         }
-        yr[0] = sr0;
-        yi[0] = si0;
+        y[0] = y0;
 #pragma GCC unroll 8
         for (int j = 1; j <= H; j++) {
-            double rr = xr[0], ri = xi[0], qr = 0.0, qi = 0.0;
+            v2d r = z[0], q = {0.0, 0.0};
 #pragma GCC unroll 8
             for (int k = 1; k <= H; k++) {
-                const int q = (j * k) % P;
-                if (q == 0) { // composite P (9): a whole turn
-                    rr += ar[k - 1];
-                    ri += ai[k - 1];
+                const int t = (j * k) % P;
+                if (t == 0) { // composite P (9): a whole turn
+                    r += a[k - 1];
                     continue;
                 }
-                const double c = q <= H ? Roots<P>::c[q - 1] : Roots<P>::c[P - q - 1];
-                const double s = q <= H ? Roots<P>::s[q - 1] : -Roots<P>::s[P - q - 1];
-                rr += c * ar[k - 1];
-                ri += c * ai[k - 1];
-                qr += s * br[k - 1];
-                qi += s * bi[k - 1];
+                const double c = t <= H ? Roots<P>::c[t - 1] : Roots<P>::c[P - t - 1];
+                const double s = t <= H ? Roots<P>::s[t - 1] : -Roots<P>::s[P - t - 1];
+                r += c * a[k - 1];
+                q += s * b[k - 1];
             }
-            yr[j] = rr - qi;
-            yi[j] = ri + qr;
-            yr[P - j] = rr + qi;
-            yi[P - j] = ri - qr;
+            const v2d iq = times_i(q);
+            y[j] = r + iq;
+            y[P - j] = r - iq;
         }
     }
 };
 
 template <>
 struct Butterfly<2> {
-    static inline void run(const double *xr, const double *xi, double *yr, double *yi)
+    static inline void run(const v2d *z, v2d *y)
     {
-        yr[0] = xr[0] + xr[1];
-        yi[0] = xi[0] + xi[1];
-        yr[1] = xr[0] - xr[1];
-        yi[1] = xi[0] - xi[1];
+        y[0] = z[0] + z[1];
+        y[1] = z[0] - z[1];
     }
 };
 
 template <>
 struct Butterfly<4> {
-    static inline void run(const double *xr, const double *xi, double *yr, double *yi)
+    static inline void run(const v2d *z, v2d *y)
     {
-        const double t0r = xr[0] + xr[2], t0i = xi[0] + xi[2];
-        const double t1r = xr[0] - xr[2], t1i = xi[0] - xi[2];
-        const double t2r = xr[1] + xr[3], t2i = xi[1] + xi[3];
-        const double t3r = xr[1] - xr[3], t3i = xi[1] - xi[3];
-        yr[0] = t0r + t2r;
-        yi[0] = t0i + t2i;
-        yr[2] = t0r - t2r;
-        yi[2] = t0i - t2i;
-        // exp(+i pi/2) = i
-        yr[1] = t1r - t3i;
-        yi[1] = t1i + t3r;
-        yr[3] = t1r + t3i;
-        yi[3] = t1i - t3r;
+        const v2d t0 = z[0] + z[2], t1 = z[0] - z[2];
+        const v2d t2 = z[1] + z[3], t3 = times_i(z[1] - z[3]); // exp(+i pi/2) = i
+        y[0] = t0 + t2;
+        y[2] = t0 - t2;
+        y[1] = t1 + t3;
+        y[3] = t1 - t3;
     }
 };
 
@@ -134,43 +141,33 @@ struct Butterfly<4> {
 // with the twiddles exp(2 pi i j / P) written in as constants.
 template <int P>
 struct Pow2Butterfly {
-    static inline void run(const double *xr, const double *xi, double *yr, double *yi)
+    static inline void run(const v2d *z, v2d *y)
     {
         constexpr int H = P / 2;
-        double er[H], ei[H], orr[H], oi[H], zr[H], zi[H];
+        v2d ze[H], zo[H], e[H], o[H];
 #pragma GCC unroll 8
         for (int k = 0; k < H; k++) {
-            zr[k] = xr[2 * k];
-            zi[k] = xi[2 * k];
+            ze[k] = z[2 * k];
+            zo[k] = z[2 * k + 1];
         }
-        Butterfly<H>::run(zr, zi, er, ei);
-#pragma GCC unroll 8
-        for (int k = 0; k < H; k++) {
-            zr[k] = xr[2 * k + 1];
-            zi[k] = xi[2 * k + 1];
-        }
-        Butterfly<H>::run(zr, zi, orr, oi);
+        Butterfly<H>::run(ze, e);
+        Butterfly<H>::run(zo, o);
 #pragma GCC unroll 8
         for (int j = 0; j < H; j++) {
-            double tr, ti;
+            v2d t;
             if (j == 0) {
-                tr = orr[0];
-                ti = oi[0];
-            } else if (4 * j == P) { // times i
-                tr = -oi[j];
-                ti = orr[j];
+                t = o[0];
+            } else if (4 * j == P) {
+                t = times_i(o[j]);
             } else {
                 // angle 2 pi j / P in sixteenths of a turn
                 const int q = j * (16 / P);
                 const double c = q < 4 ? C16[q] : -C16[8 - q];
                 const double s = q < 4 ? C16[4 - q] : C16[q - 4];
-                tr = orr[j] * c - oi[j] * s;
-                ti = orr[j] * s + oi[j] * c;
+                t = c * o[j] + s * times_i(o[j]);
             }
-            yr[j] = er[j] + tr;
-            yi[j] = ei[j] + ti;
-            yr[j + H] = er[j] - tr;
-            yi[j + H] = ei[j] - ti;
+            y[j] = e[j] + t;
+            y[j + H] = e[j] - t;
         }
     }
 };
@@ -183,37 +180,45 @@ struct Butterfly<16> : Pow2Butterfly<16> {};
 // One stage of factor P over n complex points, m = n / P butterflies.
 // Slot k of butterfly t is i0((k - t) mod P) + t, where i0(k) = k s mod n:
 // the slots rotate by one position from butterfly to butterfly. Output j of
-// the rotated transform, sum z[k] w^(jk) with w = exp(2 pi i v / P), is
-// output (v j) mod P of the unrotated one.
-template <int P>
-void stage(double *x, int n, int m, long long s, int v)
+// the rotated transform, sum z[k] w^(jk) with w = exp(2 pi i V / P), is
+// output (V j) mod P of the unrotated one; V is a template argument so
+// that the pick is resolved at compile time.
+template <int P, int V>
+void stage(double *x, int n, int m, long long s)
 {
     int slot0[2 * P];
-    int pick[P];
-    for (int k = 0; k < P; k++) {
+    for (int k = 0; k < P; k++)
         slot0[k] = slot0[k + P] = static_cast<int>((k * s) % n);
-        pick[k] = (v * k) % P;
-    }
-    double zr[P], zi[P], yr[P], yi[P];
+    v2d z[P], y[P];
     int off = 0;
     for (int t = 0; t < m; t++) {
         const int *base = slot0 + P - off;
+        double *xt = x + 2 * t;
 #pragma GCC unroll 16
-        for (int k = 0; k < P; k++) {
-            const double *p = x + 2 * (base[k] + t);
-            zr[k] = p[0];
-            zi[k] = p[1];
-        }
-        Butterfly<P>::run(zr, zi, yr, yi);
+        for (int k = 0; k < P; k++)
+            z[k] = load(xt + 2 * base[k]);
+        Butterfly<P>::run(z, y);
 #pragma GCC unroll 16
-        for (int j = 0; j < P; j++) {
-            double *p = x + 2 * (base[j] + t);
-            p[0] = yr[pick[j]];
-            p[1] = yi[pick[j]];
-        }
+        for (int j = 0; j < P; j++)
+            store(xt + 2 * base[j], y[(V * j) % P]);
         if (++off == P)
             off = 0;
     }
+}
+
+using StageFn = void (*)(double *, int, int, long long);
+
+template <int P, int... V>
+constexpr StageFn pick_stage(int v, std::integer_sequence<int, V...>)
+{
+    constexpr StageFn fns[] = {stage<P, V>...};
+    return fns[v];
+}
+
+template <int P>
+void run_stage(double *x, int n, int m, long long s, int v)
+{
+    pick_stage<P>(v, std::make_integer_sequence<int, P>{})(x, n, m, s);
 }
 
 struct Factor {
@@ -221,9 +226,9 @@ struct Factor {
     void (*run)(double *, int, int, long long, int);
 };
 
-constexpr Factor kFactors[] = {{16, stage<16>}, {13, stage<13>}, {11, stage<11>}, {9, stage<9>},
-                               {8, stage<8>},   {7, stage<7>},   {5, stage<5>},   {4, stage<4>},
-                               {3, stage<3>},   {2, stage<2>}};
+constexpr Factor kFactors[] = {{16, run_stage<16>}, {13, run_stage<13>}, {11, run_stage<11>}, {9, run_stage<9>},
+                               {8, run_stage<8>},   {7, run_stage<7>},   {5, run_stage<5>},   {4, run_stage<4>},
+                               {3, run_stage<3>},   {2, run_stage<2>}};
 
 } // namespace
 

@@ -40,10 +40,22 @@ struct Oracle {
 
     explicit Oracle(int n_) : n(n_), c(n_), s(n_)
     {
+        // q = a + B b: two short tables of directly computed roots and one
+        // long-double product per entry.
         const LD pi = 3.141592653589793238462643383279502884L;
-        for (int q = 0; q < n; q++) {
-            c[q] = std::cos(2 * pi * q / n);
-            s[q] = std::sin(2 * pi * q / n);
+        const int B = static_cast<int>(std::sqrt(static_cast<double>(n))) + 1;
+        std::vector<LD> ca(B), sa(B);
+        for (int a = 0; a < B; a++) {
+            ca[a] = std::cos(2 * pi * a / n);
+            sa[a] = std::sin(2 * pi * a / n);
+        }
+        for (int b = 0; b * B < n; b++) {
+            const LD cb = std::cos(2 * pi * (static_cast<LD>(b) * B) / n);
+            const LD sb = std::sin(2 * pi * (static_cast<LD>(b) * B) / n);
+            for (int a = 0; a < B && a + b * B < n; a++) {
+                c[a + b * B] = ca[a] * cb - sa[a] * sb;
+                s[a + b * B] = sa[a] * cb + ca[a] * sb;
+            }
         }
     }
     void bin(const double *z, int k, int sgn, bool conj, LD &re, LD &im) const
