@@ -126,7 +126,7 @@ int fftn(KernelEnv &env, int ndim, const int dims[], double Re[], double Im[], i
 #define NP(i) Perm[(i) - 1]
 #define NFAC(i) nfac[(i) - 1]
 
-int fftradix(KernelEnv &env, double Re[], double Im[], int nTotal, int nPass, int nSpan, int iSign, int maxFactors,
+int fftradix(KernelEnv &env, double *__restrict Re, double *__restrict Im, int nTotal, int nPass, int nSpan, int iSign, int maxFactors,
              int maxPerm)
 {
     long ii, inc, j, jc, jf, jj, k, k1, k2, k3, k4, kk, kt, m, nn, ns, nt, kspan, kspnn, maxf;
