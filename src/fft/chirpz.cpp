@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 namespace oscilla {
 namespace detail {
@@ -36,20 +37,36 @@ complex default_chirp(long q, long m)
 }
 
 // The convolution and the final products, shared by both paths. V holds the
-// transform of 1/c already divided by L.
+// transform of 1/c already divided by L. The loops work on the doubles
+// directly so that the compiler can keep them in registers and vectorise.
 void convolve(CFFT4 &split, complex *x, int n, int sign, const complex *c, const complex *V, complex *y, int L)
 {
     split.ComplexFFT(y, L, 1);
-    for (int i = 0; i < L; i++)
-        y[i] *= V[i];
+    double *yd = reinterpret_cast<double *>(y);
+    const double *vd = reinterpret_cast<const double *>(V);
+    for (int i = 0; i < L; i++) {
+        const double yr = yd[2 * i], yi = yd[2 * i + 1], vr = vd[2 * i], vi = vd[2 * i + 1];
+        yd[2 * i] = yr * vr - yi * vi;
+        yd[2 * i + 1] = yr * vi + yi * vr;
+    }
     split.ComplexFFT(y, L, -1);
+    const double *cd = reinterpret_cast<const double *>(c + n - 1);
+    const double *ys = reinterpret_cast<const double *>(y + n - 1);
+    double *xd = reinterpret_cast<double *>(x);
     if (sign == 1) {
-        for (int j = 0; j < n; j++)
-            x[j] = conj(y[n - 1 + j] * c[n - 1 + j]);
+        // x[j] = conj(y[n-1+j] c[n-1+j])
+        for (int j = 0; j < n; j++) {
+            const double yr = ys[2 * j], yi = ys[2 * j + 1], cr = cd[2 * j], ci = cd[2 * j + 1];
+            xd[2 * j] = yr * cr - yi * ci;
+            xd[2 * j + 1] = -(yr * ci + yi * cr);
+        }
     } else {
         x[0] = y[n - 1] * c[n - 1];
-        for (int j = 1; j < n; j++)
-            x[n - j] = y[n - 1 + j] * c[n - 1 + j];
+        for (int j = 1; j < n; j++) {
+            const double yr = ys[2 * j], yi = ys[2 * j + 1], cr = cd[2 * j], ci = cd[2 * j + 1];
+            xd[2 * (n - j)] = yr * cr - yi * ci;
+            xd[2 * (n - j) + 1] = yr * ci + yi * cr;
+        }
     }
 }
 
@@ -139,10 +156,15 @@ void chirpz(KernelEnv &env, complex *x, int n, int sign, int m, const complex *W
     if (sign == -1)
         for (int j = 0; j < n; j++)
             x[j] = conj(x[j]);
-    for (int j = 0; j < n; j++)
-        y[j] = x[j] * c[n - 1 + j];
-    for (int j = n; j < L; j++)
-        y[j] = complex_zero;
+    const double *xd = reinterpret_cast<const double *>(x);
+    const double *cd = reinterpret_cast<const double *>(c + n - 1);
+    double *yd = reinterpret_cast<double *>(y);
+    for (int j = 0; j < n; j++) {
+        const double xr = xd[2 * j], xi = xd[2 * j + 1], cr = cd[2 * j], ci = cd[2 * j + 1];
+        yd[2 * j] = xr * cr - xi * ci;
+        yd[2 * j + 1] = xr * ci + xi * cr;
+    }
+    std::memset(static_cast<void *>(y + n), 0, sizeof(complex) * static_cast<size_t>(L - n));
     convolve(*env.split, x, n, sign, c, st->czV, y, L);
 }
 
