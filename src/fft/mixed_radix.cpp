@@ -31,6 +31,26 @@ bool grow(T *&p, size_t count)
 // taken afresh from cos and sin, which bounds the drift on long spans.
 constexpr long RESEED = 32;
 
+// A complex value as a pair of doubles in one register, for interleaved data.
+typedef double v2d __attribute__((vector_size(16)));
+typedef long long v2i __attribute__((vector_size(16)));
+inline v2d swap_pair(v2d a)
+{
+#if defined(__clang__)
+    return __builtin_shufflevector(a, a, 1, 0);
+#else
+    return __builtin_shuffle(a, v2i{1, 0});
+#endif
+}
+inline v2d times_i(v2d a) { return swap_pair(a) * v2d{-1.0, 1.0}; }
+inline v2d vload(const double *p)
+{
+    v2d v;
+    __builtin_memcpy(&v, p, sizeof v);
+    return v;
+}
+inline void vstore(double *p, v2d v) { __builtin_memcpy(p, &v, sizeof v); }
+
 } // namespace
 
 void fft_free(KernelEnv &env)
@@ -118,7 +138,9 @@ int fftn(KernelEnv &env, int ndim, const int dims[], double Re[], double Im[], i
 }
 
 #define A(i) Re[(i) - 1]
-#define B(i) Im[(i) - 1]
+#define B(i) (Interleaved ? Re[(i)] : Im[(i) - 1])
+#define ZL(i) vload(Re + (i) - 1)
+#define ZS(i, v) vstore(Re + (i) - 1, v)
 #define AT(i) Rtmp[(i) - 1]
 #define BT(i) Itmp[(i) - 1]
 #define CK(i) Cos[(i) - 1]
@@ -126,8 +148,14 @@ int fftn(KernelEnv &env, int ndim, const int dims[], double Re[], double Im[], i
 #define NP(i) Perm[(i) - 1]
 #define NFAC(i) nfac[(i) - 1]
 
-int fftradix(KernelEnv &env, double *__restrict Re, double *__restrict Im, int nTotal, int nPass, int nSpan, int iSign, int maxFactors,
-             int maxPerm)
+namespace {
+
+// The body of fftradix. With Interleaved, Im is Re + 1 and B(k) addresses
+// Re directly, so that the compiler sees each real part next to its
+// imaginary part and can work on the pair at once.
+template <bool Interleaved>
+int radix_pass(KernelEnv &env, double *__restrict Re, double *__restrict Im, int nTotal, int nPass, int nSpan,
+               int iSign, int maxFactors, int maxPerm)
 {
     long ii, inc, j, jc, jf, jj, k, k1, k2, k3, k4, kk, kt, m, nn, ns, nt, kspan, kspnn, maxf;
     double radf, rad, c72, s72, s120, phi;
@@ -135,6 +163,7 @@ int fftradix(KernelEnv &env, double *__restrict Re, double *__restrict Im, int n
     double c1, c2, c3, cd, aa, aj, ak, ajm, ajp, akm, akp;
     double s1, s2, s3, sd, bb, bj, bk, bjm, bjp, bkm, bkp;
     double *Rtmp, *Itmp, *Cos, *Sin;
+    v2d za, zk, zj, zkp, zkm, zjp, zjm, zi;
     int *Perm, *nfac;
     int fac[40];
     KernelState *st;
@@ -282,6 +311,62 @@ L100:
         goto L400;
 
     // Factor 2, including the rotation factor.
+    if constexpr (Interleaved) {
+        // The same steps on (real, imaginary) pairs.
+        kspan /= 2;
+        k1 = kspan + 2;
+        do {
+            do {
+                k2 = kk + kspan;
+                zk = ZL(k2);
+                za = ZL(kk);
+                ZS(k2, za - zk);
+                ZS(kk, za + zk);
+                kk = k2 + kspan;
+            } while (kk <= nn);
+            kk -= nn;
+        } while (kk <= jc);
+        if (kk > kspan)
+            goto L800;
+        do {
+            c1 = 1.0 - cd;
+            s1 = sd;
+            tw = 1;
+            for (;;) {
+                do {
+                    k2 = kk + kspan;
+                    za = ZL(kk);
+                    zk = ZL(k2);
+                    zj = za - zk;
+                    ZS(kk, za + zk);
+                    ZS(k2, c1 * zj + s1 * times_i(zj));
+                    kk = k2 + kspan;
+                } while (kk < nt);
+                k2 = kk - nt;
+                c1 = -c1;
+                kk = k1 - k2;
+                if (kk > k2)
+                    continue;
+                if (++tw % RESEED == 0) {
+                    c1 = std::cos(tw * phi);
+                    s1 = std::sin(tw * phi);
+                } else {
+                    ak = c1 - (cd * c1 + sd * s1);
+                    s1 = (sd * c1 - cd * s1) + s1;
+                    c1 = 2.0 - (ak * ak + s1 * s1);
+                    s1 = c1 * s1;
+                    c1 = c1 * ak;
+                }
+                kk += jc;
+                if (kk < k2)
+                    continue;
+                break;
+            }
+            k1 += inc + inc;
+            kk = (k1 - kspan) / 2 + jc;
+        } while (kk <= jc + jc);
+        goto L100;
+    }
     kspan /= 2;
     k1 = kspan + 2;
 L210:
@@ -341,6 +426,26 @@ L230:
 
     // Factor 3.
 L320:
+    if constexpr (Interleaved) {
+        do {
+            do {
+                k1 = kk + kspan;
+                k2 = k1 + kspan;
+                zk = ZL(kk);
+                zkp = ZL(k1);
+                zkm = ZL(k2);
+                zj = zkp + zkm;
+                ZS(kk, zk + zj);
+                zk = -0.5 * zj + zk;
+                zi = times_i((zkp - zkm) * s120);
+                ZS(k1, zk + zi);
+                ZS(k2, zk - zi);
+                kk = k2 + kspan;
+            } while (kk < nn);
+            kk -= nn;
+        } while (kk <= kspan);
+        goto L700;
+    }
     k1 = kk + kspan;
     k2 = k1 + kspan;
     ak = A(kk);
@@ -371,6 +476,65 @@ L400:
         goto L600;
     kspnn = kspan;
     kspan /= 4;
+    if constexpr (Interleaved) {
+        do {
+            c1 = 1.0;
+            s1 = 0.0;
+            c2 = c3 = s2 = s3 = 0.0;
+            tw = 0;
+            do {
+                do {
+                    k1 = kk + kspan;
+                    k2 = k1 + kspan;
+                    k3 = k2 + kspan;
+                    za = ZL(kk);
+                    zk = ZL(k2);
+                    zj = ZL(k1);
+                    zi = ZL(k3);
+                    zkp = za + zk;
+                    zkm = za - zk;
+                    zjp = zj + zi;
+                    zjm = zj - zi;
+                    ZS(kk, zkp + zjp);
+                    zjp = zkp - zjp;
+                    zi = times_i(zjm);
+                    if (iSign < 0)
+                        zi = -zi;
+                    zkp = zkm + zi;
+                    zkm = zkm - zi;
+                    if (s1 == 0.0) {
+                        ZS(k1, zkp);
+                        ZS(k2, zjp);
+                        ZS(k3, zkm);
+                    } else {
+                        ZS(k1, c1 * zkp + s1 * times_i(zkp));
+                        ZS(k2, c2 * zjp + s2 * times_i(zjp));
+                        ZS(k3, c3 * zkm + s3 * times_i(zkm));
+                    }
+                    kk = k3 + kspan;
+                } while (kk <= nt);
+                if (++tw % RESEED == 0) {
+                    c1 = std::cos(tw * phi);
+                    s1 = std::sin(tw * phi);
+                } else {
+                    c2 = c1 - (cd * c1 + sd * s1);
+                    s1 = (sd * c1 - cd * s1) + s1;
+                    c1 = 2.0 - (c2 * c2 + s1 * s1);
+                    s1 = c1 * s1;
+                    c1 = c1 * c2;
+                }
+                c2 = c1 * c1 - s1 * s1;
+                s2 = 2.0 * c1 * s1;
+                c3 = c2 * c1 - s2 * s1;
+                s3 = c2 * s1 + s2 * c1;
+                kk = kk - nt + jc;
+            } while (kk <= kspan);
+            kk = kk - kspan + inc;
+        } while (kk <= jc);
+        if (kspan == jc)
+            goto L800;
+        goto L100;
+    }
 L410:
     c1 = 1.0;
     s1 = 0.0;
@@ -457,6 +621,37 @@ L460:
 L510:
     c2 = c72 * c72 - s72 * s72;
     s2 = 2.0 * c72 * s72;
+    if constexpr (Interleaved) {
+        do {
+            do {
+                k1 = kk + kspan;
+                k2 = k1 + kspan;
+                k3 = k2 + kspan;
+                k4 = k3 + kspan;
+                zk = ZL(k1);
+                zj = ZL(k4);
+                zkp = zk + zj;
+                zkm = zk - zj;
+                zk = ZL(k2);
+                zj = ZL(k3);
+                zjp = zk + zj;
+                zjm = zk - zj;
+                za = ZL(kk);
+                ZS(kk, za + zkp + zjp);
+                zk = zkp * c72 + zjp * c2 + za;
+                zi = times_i(zkm * s72 + zjm * s2);
+                ZS(k1, zk + zi);
+                ZS(k4, zk - zi);
+                zk = zkp * c2 + zjp * c72 + za;
+                zi = times_i(zkm * s2 - zjm * s72);
+                ZS(k2, zk + zi);
+                ZS(k3, zk - zi);
+                kk = k4 + kspan;
+            } while (kk < nn);
+            kk -= nn;
+        } while (kk <= kspan);
+        goto L700;
+    }
 L520:
     k1 = kk + kspan;
     k2 = k1 + kspan;
@@ -599,6 +794,42 @@ L700:
     if (ii == m)
         goto L800;
     kk = jc + 1;
+    if constexpr (Interleaved) {
+        do {
+            c2 = 1.0 - cd;
+            s1 = sd;
+            tw = 1;
+            do {
+                c1 = c2;
+                s2 = s1;
+                kk += kspan;
+                do {
+                    do {
+                        za = ZL(kk);
+                        ZS(kk, c2 * za + s2 * times_i(za));
+                        kk += kspnn;
+                    } while (kk <= nt);
+                    ak = s1 * s2;
+                    s2 = s1 * c2 + c1 * s2;
+                    c2 = c1 * c2 - ak;
+                    kk = kk - nt + kspan;
+                } while (kk <= kspnn);
+                if (++tw % RESEED == 0) {
+                    c2 = std::cos(tw * phi);
+                    s1 = std::sin(tw * phi);
+                } else {
+                    c2 = c1 - (cd * c1 + sd * s1);
+                    s1 = s1 + (sd * c1 - cd * s1);
+                    c1 = 2.0 - (c2 * c2 + s1 * s1);
+                    s1 = c1 * s1;
+                    c2 = c1 * c2;
+                }
+                kk = kk - kspnn + jc;
+            } while (kk <= kspan);
+            kk = kk - kspan + jc + inc;
+        } while (kk <= jc + jc);
+        goto L100;
+    }
 L710:
     c2 = 1.0 - cd;
     s1 = sd;
@@ -665,12 +896,24 @@ L800:
 
     // Single-variate case.
 L820:
-    ak = A(kk);
-    A(kk) = A(k2);
-    A(k2) = ak;
-    bk = B(kk);
-    B(kk) = B(k2);
-    B(k2) = bk;
+    if constexpr (Interleaved) {
+        za = ZL(kk);
+        ZS(kk, ZL(k2));
+        ZS(k2, za);
+    } else {
+        if constexpr (Interleaved) {
+            za = ZL(kk);
+            ZS(kk, ZL(k2));
+            ZS(k2, za);
+        } else {
+            ak = A(kk);
+            A(kk) = A(k2);
+            A(k2) = ak;
+            bk = B(kk);
+            B(kk) = B(k2);
+            B(k2) = bk;
+        }
+    }
     kk += inc;
     k2 += kspan;
     if (k2 < ns)
@@ -698,12 +941,18 @@ L840:
 L850:
     k = kk + jc;
     do {
-        ak = A(kk);
-        A(kk) = A(k2);
-        A(k2) = ak;
-        bk = B(kk);
-        B(kk) = B(k2);
-        B(k2) = bk;
+        if constexpr (Interleaved) {
+            za = ZL(kk);
+            ZS(kk, ZL(k2));
+            ZS(k2, za);
+        } else {
+            ak = A(kk);
+            A(kk) = A(k2);
+            A(k2) = ak;
+            bk = B(kk);
+            B(kk) = B(k2);
+            B(k2) = bk;
+        }
         kk += inc;
         k2 += inc;
     } while (kk < k);
@@ -821,8 +1070,12 @@ L926:
         k2 = k1 - jc * (k + NP(k));
         k = -NP(k);
         do {
-            A(k1) = A(k2);
-            B(k1) = B(k2);
+            if constexpr (Interleaved) {
+                ZS(k1, ZL(k2));
+            } else {
+                A(k1) = A(k2);
+                B(k1) = B(k2);
+            }
             k1 -= inc;
             k2 -= inc;
         } while (k1 != kk);
@@ -849,8 +1102,20 @@ L950:
     return 0;
 }
 
+} // namespace
+
+int fftradix(KernelEnv &env, double Re[], double Im[], int nTotal, int nPass, int nSpan, int iSign, int maxFactors,
+             int maxPerm)
+{
+    if (Im == Re + 1 && (iSign == 2 || iSign == -2))
+        return radix_pass<true>(env, Re, nullptr, nTotal, nPass, nSpan, iSign, maxFactors, maxPerm);
+    return radix_pass<false>(env, Re, Im, nTotal, nPass, nSpan, iSign, maxFactors, maxPerm);
+}
+
 #undef A
 #undef B
+#undef ZL
+#undef ZS
 #undef AT
 #undef BT
 #undef CK

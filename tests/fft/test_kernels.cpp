@@ -385,6 +385,20 @@ TEST(KernelsMixedRadix, MultiDimensional)
         }
     EXPECT_LE(std::sqrt(ee / (N / 3) / xx), bound(N));
 
+    // The same transform on interleaved data (increment 2, unscaled).
+    std::vector<double> il(2 * N);
+    for (int i = 0; i < N; i++) {
+        il[2 * i] = re0[i];
+        il[2 * i + 1] = im0[i];
+    }
+    std::vector<double> sre = re0, sim = im0;
+    EXPECT_EQ(e.f.fftn(2, dims, sre.data(), sim.data(), 1, 0.0), 0);
+    EXPECT_EQ(e.f.fftn(2, dims, il.data(), il.data() + 1, 2, 0.0), 0);
+    for (int i = 0; i < N; i++) {
+        EXPECT_NEAR(il[2 * i], sre[i], 1e-12) << i;
+        EXPECT_NEAR(il[2 * i + 1], sim[i], 1e-12) << i;
+    }
+
     // A zero-ended list with ndim ignored; the empty list is one point.
     std::vector<double> a = noise(2 * 15, 13), b = a;
     const int list[] = {15, 0};
