@@ -16,6 +16,15 @@ namespace oscilla {
 
 namespace detail {
 
+// A malloc'ed work array: a failed allocation is a null pointer, never an exception.
+struct WorkArray {
+    double *p;
+    explicit WorkArray(int n) : p(static_cast<double *>(std::malloc((n > 0 ? static_cast<size_t>(n) : 1) * sizeof(double)))) {}
+    ~WorkArray() { std::free(p); }
+    WorkArray(const WorkArray &) = delete;
+    WorkArray &operator=(const WorkArray &) = delete;
+};
+
 inline void free_record_array(XY **&arr)
 {
     if (!arr)
@@ -304,10 +313,8 @@ void BasicFFT<S>::Forward()
             SetPrimeFac(KERNEL_CHIRP_Z);
         const int L = FindFFTlen(T);
         len = L;
-        if (L < 1) {
-            failed = 1;
-            return;
-        }
+        if (L < 1)
+            return; // nothing to transform: fft stays null and output calls report it
         fft = static_cast<double *>(std::malloc((static_cast<size_t>(L) + 6) * sizeof(double)));
         if (!fft) {
             failed = 1;
@@ -336,6 +343,8 @@ void BasicFFT<S>::Forward()
     len = L;
     const int step = SegmentStep();
     const int count = L >= 1 ? CountSegments(step) : 0;
+    pad = minpad;
+    ipass = 0;
     if (count < 1)
         return; // nothing to transform: fft stays null and output calls report it
     primefac = KERNEL_AUTO;
@@ -356,8 +365,6 @@ void BasicFFT<S>::Forward()
             return;
         }
     }
-    pad = minpad;
-    ipass = 0;
     const int n = seglen < L ? seglen : L;
     const double scale = static_cast<double>(N) / seglen;
     long long s = 1;

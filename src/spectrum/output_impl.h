@@ -10,7 +10,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 namespace oscilla {
 
@@ -103,7 +102,9 @@ double BasicFFT<S>::SegmentScale(const double *b) const
 template <class S>
 double BasicFFT<S>::FreqStep(bool segmented)
 {
-    const int n = segmented ? seglen : cnt;
+    int n = segmented ? seglen : cnt;
+    if (n > cnt)
+        n = cnt; // seglen changed by a setter since the pass
     if (!pxy || n < 1 || len == 0)
         return 0.0;
     return (n - 1.0) / (len * (S::X(pxy, n) - S::X(pxy, 1)));
@@ -235,14 +236,15 @@ XY **BasicFFT<S>::GetXYppFFT(int format, int segnorm, int slot, int full)
     if (slot < 0 || slot > 1 || !segs || fftcnt < 1 || !pxy)
         return nullptr;
     const int L = len, M = L / 2 + 1, N = cnt, K = fftcnt;
-    const int step = SegmentStep();
-    std::vector<double> times;
-    times.reserve(static_cast<size_t>(K));
-    long long s0 = 1;
-    for (int j = 0; j < K; j++, s0 += step) {
-        const int s = static_cast<int>(s0), e = s + seglen - 1;
-        times.push_back((S::X(pxy, s) + S::X(pxy, e)) / 2.0);
+    detail::WorkArray times(K);
+    if (!times.p) {
+        failed = 1;
+        return nullptr;
     }
+    // Walked with the current seglen and overlap: after a setter changed them
+    // without a new pass, a walk that leaves the series gives no record.
+    if (!SliceTimes(times.p, K))
+        return nullptr;
     if (format == 7)
         maxdbseg = detail::DB_FLOOR;
     detail::free_record_array(xyff[slot]);
@@ -281,7 +283,7 @@ XY **BasicFFT<S>::GetXYppFFT(int format, int segnorm, int slot, int full)
         p[M + 1].x = L;
         p[M + 1].y = xspc;
         p[M + 1].w = N;
-        p[M + 2].x = times[j];
+        p[M + 2].x = times.p[j];
         p[M + 2].y = variance;
     }
     for (int j = 0; j < K; j++) {
@@ -417,9 +419,11 @@ double BasicFFT<S>::Power(int mode)
     for (int k = 1; k <= M; k++)
         sum += p[k].y;
     std::free(p);
-    if (seglen != 0 && seglen != len)
-        sum *= static_cast<double>(seglen) / len;
-    if (seglen == 0 && cnt != len)
+    // A negative seglen ran as one block, like 0.
+    const int segment = seglen > 0 ? seglen : 0;
+    if (segment != 0 && segment != len)
+        sum *= static_cast<double>(segment) / len;
+    if (segment == 0 && cnt != len)
         sum *= static_cast<double>(cnt) / len;
     return sum;
 }

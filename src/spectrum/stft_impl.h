@@ -9,7 +9,6 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdlib>
-#include <vector>
 
 namespace oscilla {
 
@@ -91,11 +90,12 @@ XYZ *BasicFFT<S>::STFT(int format)
     if (!pp || ipass < 1)
         return nullptr;
     int slices = ipass;
-    std::vector<double> times(static_cast<size_t>(slices));
-    if (!SliceTimes(times.data(), slices)) {
+    detail::WorkArray table(slices);
+    if (!table.p || !SliceTimes(table.p, slices)) {
         failed = 1;
         return nullptr;
     }
+    const double *times = table.p;
     const int bins = static_cast<int>(pp[0][0].x);
     const int limit = detail::STFT_MAX_POINTS / slices;
     int group = 1, per = bins;
@@ -159,11 +159,12 @@ XY **BasicFFT<S>::STFTGrid(int format, int group, double range)
         return nullptr;
     }
     int slices = ipass;
-    std::vector<double> times(static_cast<size_t>(slices));
-    if (!SliceTimes(times.data(), slices)) {
+    detail::WorkArray table(slices);
+    if (!table.p || !SliceTimes(table.p, slices)) {
         failed = 1;
         return nullptr;
     }
+    const double *times = table.p;
     const int bins = static_cast<int>(pp[0][0].x);
     int per = bins;
     if (group < 2) {
@@ -179,7 +180,9 @@ XY **BasicFFT<S>::STFTGrid(int format, int group, double range)
         return nullptr;
     }
     for (int j = 0; j < slices; j++) {
-        XY *q = static_cast<XY *>(std::calloc(static_cast<size_t>(per) + 3, sizeof(XY)));
+        // A whole copy of the slice's record when bins are not grouped.
+        const int size = group == 1 ? bins : per;
+        XY *q = static_cast<XY *>(std::calloc(static_cast<size_t>(size) + 3, sizeof(XY)));
         if (!q) {
             detail::free_record_array(xyfs);
             failed = 1;
@@ -240,16 +243,19 @@ XYZ *BasicFFT<S>::STFTPeaks(int format, int maxpeaks)
 {
     XY **pp = xyff[0];
     const int slices = ipass;
-    if (!pp || slices < 1 || maxpeaks < 1)
+    if (!pp || slices < 1)
         return nullptr;
+    if (maxpeaks < 0)
+        maxpeaks = 0;
     for (int j = 0; j < slices; j++)
         if (!pp[j])
             return nullptr; // fewer records than slices: not built by a segment pass
-    std::vector<double> times(static_cast<size_t>(slices));
-    if (!SliceTimes(times.data(), slices)) {
+    detail::WorkArray table(slices);
+    if (!table.p || !SliceTimes(table.p, slices)) {
         failed = 1;
         return nullptr;
     }
+    const double *times = table.p;
     std::free(xyzpk);
     xyzpk = static_cast<XYZ *>(std::calloc(static_cast<size_t>(slices) * maxpeaks + 1, sizeof(XYZ)));
     if (!xyzpk) {
@@ -259,6 +265,8 @@ XYZ *BasicFFT<S>::STFTPeaks(int format, int maxpeaks)
     const double r = static_cast<double>(cnt) / seglen;
     size_t n = 0;
     for (int j = 0; j < slices; j++) {
+        if (maxpeaks == 0)
+            break;
         CScan scan;
         XY *peaks = scan.GetLmtdMaxima(pp[j], 1, 0, maxpeaks);
         if (!peaks)

@@ -339,3 +339,57 @@ TEST(FrontEnds, RadixTwoExtrasAgainstLongDoubleDFTAndClearAbort)
             EXPECT_NEAR(z[i], n * x[i], 64 * eps * n);
     }
 }
+
+TEST(FrontEnds, PolicySevenSelectsLikeAutomatic)
+{
+    CFFT a = MakeEngine(5), b = MakeEngine(7);
+    for (int n : {24, 30, 1000}) {
+        const auto x = oracle::random_vector(n, n + 1);
+        auto p = OneBased(x), q = OneBased(x);
+        a.realft(p.data(), n, 1, 1);
+        b.realft(q.data(), n, 1, 1);
+        EXPECT_EQ(p, q) << n;
+    }
+}
+
+TEST(FrontEnds, SignZeroDoesNothingOffTheHalfLengthPath)
+{
+    CFFT f = MakeEngine(5);
+    const auto x = oracle::random_vector(10, 12);
+    auto a = OneBased(x);
+    const auto before = a;
+    f.realft(a.data(), 10, 0, 1); // odd path: only +1 and -1 compute
+    EXPECT_EQ(a, before);
+    f.complexft(a.data(), 5, 0, 1);
+    EXPECT_EQ(a, before);
+}
+
+TEST(FrontEnds, SplitRadixOnAnUnsuitableLengthStaysInBounds)
+{
+    // Code 0 on a length that is no power of two gives wrong numbers, never a
+    // write past the data (the sanitizer run watches this).
+    CFFT f = MakeEngine(0);
+    for (int n : {12, 24, 40}) {
+        auto a = OneBased(oracle::random_vector(n, n));
+        f.realft(a.data(), n, 1, 1);
+        EXPECT_EQ(a[0], ROGUE);
+        EXPECT_EQ(a[n + 3], ROGUE);
+    }
+    std::vector<double> c(2 * 6 + 2, 1.0);
+    f.cmplxfft(reinterpret_cast<complex *>(c.data()), 6, 1, 0);
+    EXPECT_EQ(c[12], 1.0);
+}
+
+TEST(FrontEnds, PrimeFactorPastTheTableFallsOverToChirpZ)
+{
+    // realft under primefac 1 with a half-length above 720720: chirp-z runs,
+    // with its sign flip in the upper bins, and no notice.
+    const int n = 2 * 720722;
+    const auto x = oracle::random_vector(n, 99);
+    CFFT pf = MakeEngine(1), cz = MakeEngine(4);
+    auto a = OneBased(x), b = OneBased(x);
+    pf.realft(a.data(), n, 1, 1);
+    cz.realft(b.data(), n, 1, 1);
+    EXPECT_EQ(a, b);
+    EXPECT_EQ(pf.GetPrimeFac(), 1); // the front end changes no setting
+}

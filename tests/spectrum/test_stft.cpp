@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 using oscilla::CFFT;
 using oscilla::XY;
@@ -185,4 +186,31 @@ TEST(Noise, CachedForTheInputFreshForTheResultAndFormattedAsText)
     std::snprintf(want, sizeof want, "(%.2f%%)", n1 / n0 * 100);
     EXPECT_STREQ(f.GetStrNoise(buf, -1), want);
     f.xyp = nullptr; // the record is the test's, not the object's
+}
+
+TEST(STFTGrid, FewBinsFallBackToWholeCopiesWithinTheirBlocks)
+{
+    // seglen 8: 5 bins; groups of 2 leave 2 per slice, so whole records are copied.
+    Series r(200, Wave);
+    CFFT f(r.p, 0, 0, 0, 0, 0.0, 8, 50.0, 0);
+    XY **pp = f.STFTGrid(4, 2, 0.0);
+    ASSERT_NE(pp, nullptr);
+    EXPECT_EQ(pp[0][0].x, 5);
+    EXPECT_EQ(pp[3][6].x, 8); // the slice's metadata came along: L
+}
+
+TEST(STFT, SettersChangedSinceThePassGiveNoRecordInsteadOfReadingPastTheSeries)
+{
+    Series r(100, Wave);
+    CFFT f(r.p, 0, 0, 0, 0, 0.0, 20, 0.0, 0);
+    ASSERT_EQ(f.GetFftCnt(), 5);
+    f.SetOverlap(90.0); // the walk over 5 slices would now fit, with other times
+    EXPECT_NE(f.GetXYppFFT(4, 0, 0, 0), nullptr);
+    f.SetSeglen(90); // the walk leaves the series: no record
+    EXPECT_EQ(f.GetXYppFFT(4, 0, 0, 0), nullptr);
+    EXPECT_EQ(f.STFT(4), nullptr);
+    f.SetSeglen(500); // the frequency step stays within the series
+    XY *p = f.GetXYpFFT(4, -1, 0);
+    ASSERT_NE(p, nullptr);
+    std::free(p);
 }
