@@ -20,10 +20,27 @@
 using oscilla::CXY;
 using oscilla::XY;
 using oscilla::XYSTATS;
+using V = std::vector<double>;
 
 namespace {
 
 const double kRogue = -777.25;
+
+// Frees every distinct record handed to it when the test ends.
+struct Pool {
+    std::vector<XY *> v;
+    XY *operator()(XY *p)
+    {
+        if (p && std::find(v.begin(), v.end(), p) == v.end())
+            v.push_back(p);
+        return p;
+    }
+    ~Pool()
+    {
+        for (XY *p : v)
+            std::free(p);
+    }
+};
 
 // A malloc'd record of n points with one guard element past the end.
 XY *make(int n)
@@ -35,7 +52,7 @@ XY *make(int n)
     return r;
 }
 
-XY *make(const std::vector<double> &x, const std::vector<double> &y, const std::vector<int> &flag = {})
+XY *make(const V &x, const V &y, const std::vector<int> &flag = {})
 {
     const int n = static_cast<int>(x.size());
     XY *r = make(n);
@@ -54,6 +71,15 @@ bool guard_intact(const XY *r, int n)
 
 int count(const XY *r) { return static_cast<int>(r[0].x); }
 
+// One field of points 1..N.
+V col(const XY *r, double XY::*f)
+{
+    V v;
+    for (int i = 1; i <= count(r); i++)
+        v.push_back(r[i].*f);
+    return v;
+}
+
 std::string bytes(const XY &p) { return std::string(reinterpret_cast<const char *>(&p), sizeof(XY)); }
 
 std::string read_file(const std::string &path)
@@ -62,6 +88,21 @@ std::string read_file(const std::string &path)
     std::ostringstream s;
     s << f.rdbuf();
     return s.str();
+}
+
+// Lagrange interpolation through the points nb[0..k-1] of (x, y) in long double.
+template <class X, class Y>
+long double lagrange(X x, Y y, const int *nb, int k, long double t)
+{
+    long double p = 0;
+    for (int a = 0; a < k; a++) {
+        long double l = y(nb[a]);
+        for (int b = 0; b < k; b++)
+            if (b != a)
+                l *= (t - x(nb[b])) / ((long double)x(nb[a]) - x(nb[b]));
+        p += l;
+    }
+    return p;
 }
 
 } // namespace
@@ -78,10 +119,18 @@ TEST(CxyOrder, SortsAreWholePointPermutationsWithTies)
     const Door doors[] = {{CXY::SortIncX, &XY::x, true},  {CXY::SortDecX, &XY::x, false},
                           {CXY::SortIncY, &XY::y, true},  {CXY::SortDecY, &XY::y, false},
                           {CXY::SortIncW, &XY::w, true},  {CXY::SortDecW, &XY::w, false}};
+    auto points = [](const XY *r, int n) {
+        std::vector<std::string> v;
+        for (int i = 1; i <= n; i++)
+            v.push_back(bytes(r[i]));
+        std::sort(v.begin(), v.end());
+        return v;
+    };
     std::mt19937 rng(7);
     for (int n : {1, 2, 3, 17, 200}) {
         for (const Door &d : doors) {
-            XY *r = make(n);
+            Pool P;
+            XY *r = P(make(n));
             r[0].y = 3.5;
             r[0].flag = 32;
             for (int i = 1; i <= n; i++) {
@@ -91,57 +140,37 @@ TEST(CxyOrder, SortsAreWholePointPermutationsWithTies)
                 r[i].flag = static_cast<signed char>((rng() % 3 == 0) ? 42 : 0);
                 r[i].reps = static_cast<unsigned char>(i);
             }
-            std::vector<std::string> before;
-            for (int i = 1; i <= n; i++)
-                before.push_back(bytes(r[i]));
+            const std::vector<std::string> before = points(r, n);
             const std::string hdr = bytes(r[0]);
             d.sort(r);
-            std::vector<std::string> after;
-            for (int i = 1; i <= n; i++)
-                after.push_back(bytes(r[i]));
-            for (int i = 1; i < n; i++) {
-                if (d.asc)
-                    EXPECT_LE(r[i].*d.key, r[i + 1].*d.key);
-                else
-                    EXPECT_GE(r[i].*d.key, r[i + 1].*d.key);
-            }
-            std::sort(before.begin(), before.end());
-            std::sort(after.begin(), after.end());
-            EXPECT_EQ(before, after);
+            for (int i = 1; i < n; i++)
+                EXPECT_TRUE(d.asc ? r[i].*d.key <= r[i + 1].*d.key : r[i].*d.key >= r[i + 1].*d.key) << i;
+            EXPECT_EQ(before, points(r, n));
             EXPECT_EQ(hdr, bytes(r[0]));
             EXPECT_TRUE(guard_intact(r, n));
-            std::free(r);
         }
     }
 }
 
-TEST(CxyOrder, WorkerSortsOnlyItsRange)
+TEST(CxyOrder, WorkerSortsBisectionGapsAndSwaps)
 {
-    XY *r = make({9, 8, 7, 6, 5, 4, 3}, {0, 0, 0, 0, 0, 0, 0});
-    CXY::xaqsr(3, 5, r);
-    const double want[] = {9, 8, 5, 6, 7, 4, 3};
-    for (int i = 1; i <= 7; i++)
-        EXPECT_EQ(r[i].x, want[i - 1]);
-    CXY::xaqsr(0, 50, r); // clamped to the record
-    for (int i = 1; i < 7; i++)
-        EXPECT_LT(r[i].x, r[i + 1].x);
-    EXPECT_TRUE(guard_intact(r, 7));
-    std::free(r);
-}
+    Pool P;
+    XY *q = P(make({9, 8, 7, 6, 5, 4, 3}, V(7, 0.0)));
+    CXY::xaqsr(3, 5, q); // only its range
+    EXPECT_EQ(col(q, &XY::x), (V{9, 8, 5, 6, 7, 4, 3}));
+    CXY::xaqsr(0, 50, q); // clamped to the record
+    EXPECT_EQ(col(q, &XY::x), (V{3, 4, 5, 6, 7, 8, 9}));
+    EXPECT_TRUE(guard_intact(q, 7));
 
-TEST(CxyOrder, Bisection)
-{
-    XY *r = make({1, 2, 3, 4, 5, 6}, {60, 50, 40, 30, 20, 10});
+    XY *r = P(make({1, 2, 3, 4, 5, 6}, {60, 50, 40, 30, 20, 10}));
     for (int k = 1; k <= 6; k++)
         EXPECT_EQ(CXY::BisecX(r, k), k - 1); // equal value gives the index before
     EXPECT_EQ(CXY::BisecX(r, 3.5), 3);
     EXPECT_EQ(CXY::BisecX(r, 100), 6);
     EXPECT_EQ(CXY::BisecY(r, 35), 3); // descending y: last index with y >= v
     EXPECT_EQ(CXY::BisecY(r, 5), 6);
-
     // Exactly-42 ends are skipped, 43 is not; the answer is first - 1 when none is less.
-    r[1].flag = 42;
-    r[2].flag = 42;
+    r[1].flag = r[2].flag = 42;
     EXPECT_EQ(CXY::BisecX(r, 0.5), 2);
     EXPECT_EQ(CXY::BisecX(r, 4.5), 4);
     r[1].flag = 43;
@@ -149,47 +178,34 @@ TEST(CxyOrder, Bisection)
     for (int i = 1; i <= 6; i++)
         r[i].flag = 42;
     const int k = CXY::BisecX(r, 3.5); // all inactive: must stay inside the record
-    EXPECT_GE(k, 0);
-    EXPECT_LE(k, 6);
-    std::free(r);
-}
+    EXPECT_TRUE(k >= 0 && k <= 6) << k;
 
-TEST(CxyOrder, LargestGapAndSwaps)
-{
-    XY *r = make({0, 1, 3, 5, 5.5}, {1, 2, 3, 4, 5});
-    EXPECT_EQ(CXY::LargestXDelta(r), 2); // gaps 1, 2, 2, 0.5: first of the equal ones
-    XY *d = make({5, 4, 4, 1}, {0, 0, 0, 0});
-    EXPECT_EQ(CXY::LargestXDelta(d), 0);
-    r[3].w = 9;
-    CXY::ReverseXY(r);
-    CXY::ReverseYW(r); // x <- y, y <- w, w <- x
-    EXPECT_EQ(r[3].x, 3);
-    EXPECT_EQ(r[3].y, 9);
-    EXPECT_EQ(r[3].w, 3);
-    EXPECT_TRUE(guard_intact(r, 5));
-    std::free(r);
-    std::free(d);
+    XY *g = P(make({0, 1, 3, 5, 5.5}, {1, 2, 3, 4, 5}));
+    EXPECT_EQ(CXY::LargestXDelta(g), 2); // gaps 1, 2, 2, 0.5: first of the equal ones
+    EXPECT_EQ(CXY::LargestXDelta(P(make({5, 4, 4, 1}, V(4, 0.0)))), 0);
+    g[3].w = 9;
+    CXY::ReverseXY(g);
+    CXY::ReverseYW(g); // x <- y, y <- w, w <- x
+    EXPECT_EQ(g[3].x, 3);
+    EXPECT_EQ(g[3].y, 9);
+    EXPECT_EQ(g[3].w, 3);
+    EXPECT_TRUE(guard_intact(g, 5));
 }
 
 TEST(CxySelect, SegmentByRangeAndByChunk)
 {
-    XY *r = make({3, 1, 2, 5, 4}, {30, 10, 20, 50, 40}, {0, 42, 0, 0, 0});
+    Pool P;
+    XY *r = P(make({3, 1, 2, 5, 4}, {30, 10, 20, 50, 40}, {0, 42, 0, 0, 0}));
     r[0].y = 7;
-    XY *all = CXY::Segment(r, 3, 4); // covers x[1] and x[N]: plain duplicate with header
+    XY *all = P(CXY::Segment(r, 3, 4)); // covers x[1] and x[N]: plain duplicate with header
     ASSERT_NE(all, nullptr);
     EXPECT_EQ(std::memcmp(all, r, 6 * sizeof(XY)), 0);
-    std::free(all);
-    XY *s = CXY::Segment(r, 1, 3); // in record order, flags ignored, bare header
-    ASSERT_EQ(count(s), 3);
+    XY *s = P(CXY::Segment(r, 1, 3)); // in record order, flags ignored, bare header
+    EXPECT_EQ(col(s, &XY::x), (V{3, 1, 2}));
     EXPECT_EQ(s[0].y, 0.0);
-    EXPECT_EQ(s[1].x, 3);
-    EXPECT_EQ(s[2].x, 1);
     EXPECT_EQ(s[2].flag, 42);
-    EXPECT_EQ(s[3].x, 2);
-    std::free(s);
-    std::free(r);
 
-    XY *big = make(30);
+    XY *big = P(make(30));
     for (int i = 1; i <= 30; i++)
         big[i].x = i;
     CXY c(big);
@@ -203,178 +219,125 @@ TEST(CxySelect, SegmentByRangeAndByChunk)
     EXPECT_EQ(w[1].x, 1);
     EXPECT_EQ(c.Segment(0, 31), nullptr);
     EXPECT_EQ(c.Segment(0, 4)[4].x, 4);
-    CXY none;
-    EXPECT_EQ(none.Segment(0, 1), nullptr);
-    std::free(big);
+    EXPECT_EQ(CXY().Segment(0, 1), nullptr);
 }
 
 TEST(CxySelect, LimitByKeepsExtremesInXOrder)
 {
-    const std::vector<double> y = {5, 1, 9, 3, 7, 2, 8, 0, 6, 4};
-    std::vector<double> x;
-    for (int i = 0; i < 10; i++)
-        x.push_back(10 - i);
-    XY *r = make(x, y);
-    XY *same = CXY::LimitByDecY(r, 5, 0);
-    EXPECT_EQ(same, r);
+    Pool P;
+    const V x = {10, 9, 8, 7, 6, 5, 4, 3, 2, 1}, y = {5, 1, 9, 3, 7, 2, 8, 0, 6, 4};
+    XY *r = P(make(x, y));
+    EXPECT_EQ(CXY::LimitByDecY(r, 5, 0), r);
     ASSERT_EQ(count(r), 5);
-    std::vector<double> kept;
-    for (int i = 1; i <= 5; i++) {
-        kept.push_back(r[i].y);
-        if (i > 1) {
-            EXPECT_LT(r[i - 1].x, r[i].x);
-        }
-    }
+    for (int i = 2; i <= 5; i++)
+        EXPECT_LT(r[i - 1].x, r[i].x);
+    V kept = col(r, &XY::y);
     std::sort(kept.begin(), kept.end());
-    EXPECT_EQ(kept, (std::vector<double>{5, 6, 7, 8, 9}));
-    std::free(r);
+    EXPECT_EQ(kept, (V{5, 6, 7, 8, 9}));
 
-    r = make(x, y);
+    r = P(make(x, y));
     for (int i = 1; i <= 10; i++)
         r[i].w = y[i - 1];
-    XY *c = CXY::LimitByIncW(r, 3, 1);
+    XY *c = P(CXY::LimitByIncW(r, 3, 1));
     ASSERT_NE(c, r);
-    EXPECT_EQ(count(r), 10); // the source is untouched
-    EXPECT_EQ(r[1].x, 10);
+    EXPECT_EQ(col(r, &XY::x), x); // the source is untouched
     ASSERT_EQ(count(c), 3);
     EXPECT_EQ(c[1].w + c[2].w + c[3].w, 0 + 1 + 2);
-    std::free(c);
     EXPECT_EQ(CXY::LimitByDecW(r, 10, 0), r); // maxn >= N: unchanged
-    EXPECT_EQ(r[1].x, 10);
-    std::free(r);
+    EXPECT_EQ(col(r, &XY::x), x);
 }
 
 TEST(CxySelect, RemoveAdjacentKeepsHighestAndMovesReference)
 {
-    XY *r = make({1, 1, 2, 2.5, 3, 10}, {5, 7, 1, 9, 8, 2});
-    XY *z = CXY::RemoveAdjacent(r, 0); // only equal x merge
-    ASSERT_EQ(count(z), 5);
+    Pool P;
+    XY *r = P(make({1, 1, 2, 2.5, 3, 10}, {5, 7, 1, 9, 8, 2}));
+    XY *z = P(CXY::RemoveAdjacent(r, 0)); // only equal x merge
+    EXPECT_EQ(col(z, &XY::x), (V{1, 2, 2.5, 3, 10}));
     EXPECT_EQ(z[1].y, 7);
-    EXPECT_EQ(z[2].x, 2);
-    std::free(z);
     // dist 1: 1,1,2 merge (keep 7 at x=1); 2.5 is 1.5 away from 1 -> new; 3 merges into 2.5 (9 stays)
-    XY *m = CXY::RemoveAdjacent(r, 1);
-    ASSERT_EQ(count(m), 3);
-    EXPECT_EQ(m[1].x, 1);
+    XY *m = P(CXY::RemoveAdjacent(r, 1));
+    EXPECT_EQ(col(m, &XY::x), (V{1, 2.5, 10}));
     EXPECT_EQ(m[1].y, 7);
-    EXPECT_EQ(m[2].x, 2.5);
-    EXPECT_EQ(m[3].x, 10);
-    std::free(m);
     // A higher neighbour moves the reference: 0 (1), 0.8 (2) -> ref 0.8, 1.6 (3) merges too.
-    XY *r2 = make({0, 0.8, 1.6}, {1, 2, 3});
-    XY *m2 = CXY::RemoveAdjacent(r2, 1);
-    ASSERT_EQ(count(m2), 1);
-    EXPECT_EQ(m2[1].x, 1.6);
-    std::free(m2);
-    std::free(r2);
-    std::free(r);
+    EXPECT_EQ(col(P(CXY::RemoveAdjacent(P(make({0, 0.8, 1.6}, {1, 2, 3})), 1)), &XY::x), V{1.6});
 }
 
 TEST(CxyAverage, AvgReplicates)
 {
-    XY *r = make({1, 1, 2}, {2, 4, 7});
+    Pool P;
+    XY *r = P(make({1, 1, 2}, {2, 4, 7}));
     r[1].w = 0.5;
     r[2].w = 0.25;
     r[3].w = 3;
-    XY *a = CXY::AvgReplicates(r, 0, 0);
-    ASSERT_EQ(count(a), 2);
-    EXPECT_EQ(a[1].y, 3);
+    XY *a = P(CXY::AvgReplicates(r, 0, 0));
+    EXPECT_EQ(col(a, &XY::y), (V{3, 7}));
     EXPECT_EQ(a[1].w, 0.75);
     EXPECT_EQ(a[1].flag, 32);
-    EXPECT_EQ(a[2].y, 7);
     EXPECT_EQ(a[0].w, 1.0);
-    std::free(a);
 
     // No replicates: header w untouched; keepfour falls back on the input's ends.
-    XY *s = make({1, 2, 3}, {1, 2, 3}, {42, 0, 0});
-    XY *k = CXY::AvgReplicates(s, 1, 1);
-    ASSERT_EQ(count(k), 4);
+    XY *s = P(make({1, 2, 3}, {1, 2, 3}, {42, 0, 0}));
+    XY *k = P(CXY::AvgReplicates(s, 1, 1));
+    EXPECT_EQ(col(k, &XY::x), (V{1, 2, 2, 3}));
     EXPECT_EQ(k[0].w, 0.0);
-    const double want[] = {1, 2, 2, 3};
-    for (int i = 1; i <= 4; i++) {
-        EXPECT_EQ(k[i].x, want[i - 1]);
+    for (int i = 1; i <= 4; i++)
         EXPECT_EQ(k[i].flag, 0);
-    }
-    std::free(k);
-    XY *c = CXY::AvgReplicates(s, 1, 0); // the inactive point is dropped
-    ASSERT_EQ(count(c), 2);
-    EXPECT_EQ(c[1].x, 2);
-    std::free(c);
+    EXPECT_EQ(col(P(CXY::AvgReplicates(s, 1, 0)), &XY::x), (V{2, 3})); // the inactive point is dropped
     CXY obj(s);
     XY *d = obj.ActiveDiscrete();
     ASSERT_NE(d, nullptr);
     EXPECT_EQ(count(d), 2);
     EXPECT_EQ(obj.GetXYp(), d);
-    std::free(s);
-    std::free(r);
 }
 
 TEST(CxyAverage, AvgReplSD)
 {
+    Pool P;
     CXY o;
     int nrepl = -1, nrem = -1, nsing = -1;
-    XY *r = make({1, 1}, {3, 3});
-    XY *a = o.AvgReplSD(r, 0, nrepl, nrem, nsing);
+    XY *a = P(o.AvgReplSD(P(make({1, 1}, {3, 3})), 0, nrepl, nrem, nsing));
     ASSERT_NE(a, nullptr);
     EXPECT_EQ(count(a), 1);
     EXPECT_EQ(a[1].w, 1.0);
     EXPECT_EQ(a[1].reps, 2);
-    EXPECT_EQ(nrepl, 1);
-    EXPECT_EQ(nsing, 1);
-    EXPECT_EQ(nrem, 0);
     EXPECT_EQ(a[0].reps, 192);
     EXPECT_EQ(a[0].w, 1.0);
-    std::free(a);
-    std::free(r);
+    EXPECT_EQ((std::vector<int>{nrepl, nrem, nsing}), (std::vector<int>{1, 0, 1}));
 
     // x equal only in single precision still forms a run; the inactive point is packed away.
-    const double x2 = 2.0 + 1e-12;
-    XY *s = make({0.5, 2, x2, 2, 4, 9}, {1, 2, 5, 11, 8, 100}, {0, 0, 0, 0, 0, 42});
-    a = o.AvgReplSD(s, 1, nrepl, nrem, nsing);
+    XY *s = P(make({0.5, 2, 2.0 + 1e-12, 2, 4, 9}, {1, 2, 5, 11, 8, 100}, {0, 0, 0, 0, 0, 42}));
+    a = P(o.AvgReplSD(s, 1, nrepl, nrem, nsing));
     ASSERT_NE(a, nullptr);
-    EXPECT_EQ(nrem, 1);
-    EXPECT_EQ(nrepl, 1);
-    EXPECT_EQ(nsing, 2);
-    ASSERT_EQ(count(a), 3);
+    EXPECT_EQ((std::vector<int>{nrepl, nrem, nsing}), (std::vector<int>{1, 1, 2}));
+    EXPECT_EQ(col(a, &XY::x), (V{0.5, 2, 4})); // x of the run's last point
     EXPECT_EQ(a[1].reps, 1);
     EXPECT_EQ(a[1].w, 1.0);
     EXPECT_EQ(a[1].flag, 32);
-    EXPECT_EQ(a[2].x, 2); // x of the run's last point
     EXPECT_EQ(a[2].y, 6);
     const double var = ((2 - 6.0) * (2 - 6.0) + (5 - 6.0) * (5 - 6.0) + (11 - 6.0) * (11 - 6.0)) / 2.0;
     EXPECT_NEAR(a[2].w, 1.0 / var, 4 * DBL_EPSILON / var);
     EXPECT_EQ(a[2].reps, 3);
-    EXPECT_EQ(a[3].x, 4);
-    std::free(a);
     // In double precision those x differ, so AvgReplicates keeps all five active points.
-    XY *d = CXY::AvgReplicates(s, 1, 0);
-    EXPECT_EQ(count(d), 5);
-    std::free(d);
-    std::free(s);
+    EXPECT_EQ(count(P(CXY::AvgReplicates(s, 1, 0))), 5);
 
     // No replicate: null, or the packed copy if one was made.
-    XY *u = make({1, 2, 3}, {1, 2, 3});
+    XY *u = P(make({1, 2, 3}, {1, 2, 3}));
     EXPECT_EQ(o.AvgReplSD(u, 1, nrepl, nrem, nsing), nullptr);
     u[2].flag = 42;
-    XY *p = o.AvgReplSD(u, 1, nrepl, nrem, nsing);
+    XY *p = P(o.AvgReplSD(u, 1, nrepl, nrem, nsing));
     ASSERT_NE(p, nullptr);
     EXPECT_EQ(count(p), 2);
     EXPECT_EQ(nrem, 1);
-    std::free(p);
     CXY own(u); // a null record means pxy
-    p = own.AvgReplSD(nullptr, 1, nrepl, nrem, nsing);
-    EXPECT_EQ(count(p), 2);
-    std::free(p);
-    std::free(u);
+    EXPECT_EQ(count(P(own.AvgReplSD(nullptr, 1, nrepl, nrem, nsing))), 2);
 }
 
 TEST(CxyAverage, SumExtRefAndFnData)
 {
-    XY *a = make({1, 2, 3}, {1, 5, 2});
-    XY *b = make({1, 2, 3}, {3, 5, 4});
-    XY *c = make({1, 2, 3}, {8, 5, 0});
+    Pool P;
+    XY *a = P(make({1, 2, 3}, {1, 5, 2})), *b = P(make({1, 2, 3}, {3, 5, 4})), *c = P(make({1, 2, 3}, {8, 5, 0}));
     XY *list3[] = {a, b, c, nullptr};
-    XY *s = CXY::SumExtRef(list3);
+    XY *s = P(CXY::SumExtRef(list3));
     ASSERT_EQ(count(s), 3);
     EXPECT_EQ(s[0].w, 1.0);
     EXPECT_EQ(s[0].reps, 192);
@@ -384,18 +347,13 @@ TEST(CxyAverage, SumExtRefAndFnData)
     EXPECT_DOUBLE_EQ(s[1].w, 1.0 / 13);
     EXPECT_EQ(s[2].w, 0.0); // no spread: inverse variance 0
     EXPECT_EQ(s[3].reps, 3);
-    std::free(s);
     XY *list1[] = {b, nullptr};
-    s = CXY::SumExtRef(list1);
+    s = P(CXY::SumExtRef(list1));
     EXPECT_EQ(s[3].y, 4);
     EXPECT_EQ(s[0].w, 0.0);
-    std::free(s);
     EXPECT_EQ(CXY::SumExtRef(nullptr), nullptr);
-    std::free(a);
-    std::free(b);
-    std::free(c);
 
-    XY *f = CXY::FnData([](double x) { return x > 0.5 ? -12345.6789 : 2 * x; }, 0.1, 0.7, 7);
+    XY *f = P(CXY::FnData([](double x) { return x > 0.5 ? -12345.6789 : 2 * x; }, 0.1, 0.7, 7));
     ASSERT_EQ(count(f), 7);
     EXPECT_EQ(f[1].x, 0.1);
     EXPECT_EQ(f[7].x, 0.7);
@@ -404,14 +362,14 @@ TEST(CxyAverage, SumExtRefAndFnData)
     EXPECT_EQ(f[7].y, 0.0);
     CXY::ScaleY(f, -2);
     EXPECT_NEAR(f[3].y, -1.2, 8 * DBL_EPSILON);
-    std::free(f);
 }
 
 TEST(CxyActivity, FlagsTestsAndAssureActive)
 {
-    XY *r = make({1, 2, 3, 4, 5, 6}, {0, 0, 0, 0, 0, 0}, {42, 43, 40, 0, 106, 42});
+    Pool P;
+    XY *r = P(make({1, 2, 3, 4, 5, 6}, V(6, 0.0), {42, 43, 40, 0, 106, 42}));
     EXPECT_EQ(CXY::IsInactive(r), 1);
-    XY *q = make({1, 2}, {0, 0}, {40, 1});
+    XY *q = P(make({1, 2}, {0, 0}, {40, 1}));
     EXPECT_EQ(CXY::IsInactive(q), 0);
     EXPECT_EQ(CXY::IsReplicate(q), 0);
     q[2].x = 1 + 1e-10; // equal as floats
@@ -426,20 +384,17 @@ TEST(CxyActivity, FlagsTestsAndAssureActive)
     EXPECT_EQ(o.AssureActive(r, 5), 1);
     EXPECT_EQ(o.AssureActive(nullptr, 1), 0); // null means xyp, of which there is none
     o.Dup();
-    o.GetXYp()[1].flag = 42;
-    o.GetXYp()[2].flag = 42;
-    o.GetXYp()[4].flag = 42;
-    o.GetXYp()[6].flag = 42;
+    for (int i : {1, 2, 4, 6})
+        o.GetXYp()[i].flag = 42;
     EXPECT_EQ(o.AssureActive(nullptr, 6), 0);
     EXPECT_EQ(o.GetXYp()[1].flag, 0); // the copy changed ...
     EXPECT_EQ(r[1].flag, 0);         // ... and pxy only through the earlier call
-    std::free(q);
-    std::free(r);
 }
 
 TEST(CxyActivity, SaveRestoreCopyIncl)
 {
-    XY *r = make({1, 2, 3, 4}, {0, 0, 0, 0}, {0, 42, 32, 0});
+    Pool P;
+    XY *r = P(make({1, 2, 3, 4}, V(4, 0.0), {0, 42, 32, 0}));
     r[0].flag = 32;
     CXY o(r);
     o.SaveIncl(nullptr);
@@ -452,30 +407,24 @@ TEST(CxyActivity, SaveRestoreCopyIncl)
     r[2].flag = 0;
     o.RestoreIncl(r); // can be restored again
     EXPECT_EQ(r[2].flag, 42);
-    XY *shortr = make({1, 2}, {0, 0});
+    XY *shortr = P(make({1, 2}, {0, 0}));
     o.RestoreIncl(shortr);
     EXPECT_TRUE(guard_intact(shortr, 2));
 
-    XY *src = make({1, 2, 3}, {0, 0, 0}, {1, 3, 32});
-    o.CopyIncl(nullptr, src); // into pxy, over the 3 common points
-    EXPECT_EQ(r[1].flag, 42);
-    EXPECT_EQ(r[2].flag, 42 | 2);
-    EXPECT_EQ(r[3].flag, 32);
-    EXPECT_EQ(r[4].flag, 0);
+    o.CopyIncl(nullptr, P(make({1, 2, 3}, V(3, 0.0), {1, 3, 32}))); // into pxy, over the 3 common points
+    const int want[] = {42, 42 | 2, 32, 0};
+    for (int i = 1; i <= 4; i++)
+        EXPECT_EQ(r[i].flag, want[i - 1]) << i;
     EXPECT_EQ(CXY::IsInactive(r), 1);
-    std::free(src);
-    std::free(shortr);
-    std::free(r);
 }
 
 TEST(CxyMeasure, SpacingAreaPower)
 {
-    std::vector<double> x, y;
-    for (int i = 0; i < 10; i++) {
+    Pool P;
+    V x;
+    for (int i = 0; i < 10; i++)
         x.push_back(i * 1.0 + (i == 5 ? 0.0004 : 0.0));
-        y.push_back(1);
-    }
-    XY *r = make(x, y);
+    XY *r = P(make(x, V(10, 1.0)));
     CXY o;
     EXPECT_DOUBLE_EQ(o.XSpacing(r), 9.0 / 9);
     EXPECT_EQ(r[0].flag & 96, 32);
@@ -490,18 +439,15 @@ TEST(CxyMeasure, SpacingAreaPower)
     EXPECT_EQ(r[0].flag, 64);
     EXPECT_EQ(CXY::IsUniformX(r, 0.01), 1);
     EXPECT_EQ(r[0].flag, 32);
-    std::free(r);
 
-    XY *t = make({0, 1, 2}, {1, 1, 1});
-    CXY own(t);
+    CXY own(P(make({0, 1, 2}, {1, 1, 1})));
     EXPECT_EQ(own.Area(nullptr), 2);
     EXPECT_EQ(own.Power(nullptr), 3);
-    std::free(t);
 
     // Area is the trapezoid rule; Power the same on y^2 plus half an end gap at either end.
     std::mt19937 rng(3);
     std::uniform_real_distribution<double> u(0.1, 1.0);
-    XY *v = make(50);
+    XY *v = P(make(50));
     long double trap = 0, trap2 = 0, xv = 0;
     for (int i = 1; i <= 50; i++) {
         xv += u(rng);
@@ -515,16 +461,16 @@ TEST(CxyMeasure, SpacingAreaPower)
     trap2 += 0.5L * (v[2].x - v[1].x) * v[1].y * v[1].y + 0.5L * (v[50].x - v[49].x) * v[50].y * v[50].y;
     EXPECT_NEAR(o.Area(v), static_cast<double>(trap), 50 * 50 * DBL_EPSILON);
     EXPECT_NEAR(o.Power(v), static_cast<double>(trap2), 50 * 50 * DBL_EPSILON);
-    std::free(v);
 }
 
 // Weighted least squares against the closed-form normal equations in long double.
 TEST(CxyStats, XYStatsAgainstWeightedLeastSquares)
 {
+    Pool P;
     std::mt19937 rng(11);
     std::uniform_real_distribution<double> u(0, 1);
     const int n = 40;
-    XY *r = make(n);
+    XY *r = P(make(n));
     for (int i = 1; i <= n; i++) {
         r[i].x = 0.3 * i + u(rng);
         r[i].y = 2.5 - 0.7 * r[i].x + (u(rng) - 0.5);
@@ -569,7 +515,7 @@ TEST(CxyStats, XYStatsAgainstWeightedLeastSquares)
     EXPECT_DOUBLE_EQ(st.sumw, static_cast<double>(S));
 
     // Stride 2 sees exactly the odd points: the same as a record made of them.
-    XY *odd = make((n + 1) / 2);
+    XY *odd = P(make((n + 1) / 2));
     for (int i = 1; i <= n; i += 2)
         odd[(i + 1) / 2] = r[i];
     XYSTATS st2, sto;
@@ -578,10 +524,9 @@ TEST(CxyStats, XYStatsAgainstWeightedLeastSquares)
     EXPECT_EQ(st2.n, sto.n);
     const size_t off = offsetof(XYSTATS, xmean);
     EXPECT_EQ(std::memcmp(reinterpret_cast<char *>(&st2) + off, reinterpret_cast<char *>(&sto) + off, sizeof(XYSTATS) - off), 0);
-    std::free(odd);
 
     // A flat x gives D = 0; nothing left gives a zeroed block.
-    XY *flat = make({2, 2, 2}, {1, 2, 6});
+    XY *flat = P(make({2, 2, 2}, {1, 2, 6}));
     CXY::XYStats(flat, &st, 1);
     EXPECT_EQ(st.slope, 0.0);
     EXPECT_EQ(st.sse, st.ssm);
@@ -591,15 +536,14 @@ TEST(CxyStats, XYStatsAgainstWeightedLeastSquares)
     CXY::XYStats(flat, &st, 1);
     EXPECT_EQ(st.n, 0);
     EXPECT_EQ(st.xmean, 0.0);
-    std::free(flat);
-    std::free(r);
 }
 
 // Only the members that say so fall back on pxy; the others leave it alone.
 TEST(CxyNull, DefaultsOnlyWhereDocumented)
 {
-    XY *r = make({1, 2, 3, 4, 5, 6}, {3, 1, 4, 1, 5, 9}, {42, 0, 0, 0, 0, 0});
-    XY *copy = make({1, 2, 3, 4, 5, 6}, {3, 1, 4, 1, 5, 9}, {42, 0, 0, 0, 0, 0});
+    Pool P;
+    XY *r = P(make({1, 2, 3, 4, 5, 6}, {3, 1, 4, 1, 5, 9}, {42, 0, 0, 0, 0, 0}));
+    XY *copy = P(make({1, 2, 3, 4, 5, 6}, {3, 1, 4, 1, 5, 9}, {42, 0, 0, 0, 0, 0}));
     CXY o(r);
     EXPECT_EQ(o.SSM(nullptr), o.SSM(copy));
     EXPECT_EQ(o.Area(nullptr), o.Area(copy));
@@ -618,13 +562,12 @@ TEST(CxyNull, DefaultsOnlyWhereDocumented)
     CXY::SortDecY(nullptr);
     EXPECT_EQ(r[1].flag, 42);
     EXPECT_EQ(r[0].x, 6);
-    std::free(copy);
-    std::free(r);
 }
 
 TEST(CxyStats, SumsOfSquaresAndMoments)
 {
-    XY *r = make({1, 2, 3, 4}, {1, 2, 4, 9}, {0, 42, 43, 0});
+    Pool P;
+    XY *r = P(make({1, 2, 3, 4}, {1, 2, 4, 9}, {0, 42, 43, 0}));
     r[1].w = 2;
     r[3].w = -1; // not positive: weight 1
     r[4].w = 1;
@@ -635,29 +578,26 @@ TEST(CxyStats, SumsOfSquaresAndMoments)
     EXPECT_DOUBLE_EQ(o.ComputeSSM(nullptr, 1), 3.0 / 4 * (swy2 - swy * swy / 4));
     EXPECT_DOUBLE_EQ(o.ComputeSSM(r, 0), 1 + 16 + 81 - 14.0 * 14 / 3);
 
-    XY *b = make({1, 2}, {0, 5});
-    EXPECT_EQ(o.SSE(r, b), 1 + 9);
+    EXPECT_EQ(o.SSE(r, P(make({1, 2}, {0, 5}))), 1 + 9);
     EXPECT_EQ(o.SSE(nullptr, static_cast<XY *>(nullptr)), 0.0); // no xyp yet
     o.Dup();
     o.GetXYp()[4].y = 7;
     EXPECT_EQ(o.SSE(nullptr, static_cast<XY *>(nullptr)), 4);
     EXPECT_EQ(o.SSE(r, [](double x) { return x * x; }), 0 + 4 + 25 + 49);
-    std::free(b);
 
-    double m, s;
-    CXY::Std(1, 5, 25, m, s);
-    EXPECT_EQ(m, 5);
-    EXPECT_EQ(s, 5);
-    CXY::Std(4, 16, 102, m, s);
-    EXPECT_EQ(m, 4);
-    EXPECT_DOUBLE_EQ(s, std::sqrt(38.0 / 3));
-    CXY::IVar(1, 5, 25, m, s);
-    EXPECT_EQ(s, 0.0);
-    CXY::IVar(3, 6, 12, m, s);
-    EXPECT_EQ(s, 0.0);
-    CXY::IVar(4, 16, 102, m, s);
-    EXPECT_DOUBLE_EQ(s, 3.0 / 38);
-    std::free(r);
+    // {n, sum, sum of squares} -> mean, then sd and inverse variance.
+    struct Moment { int n; double s, s2, mean, sd, ivar; };
+    const Moment cases[] = {{1, 5, 25, 5, 5, 0}, {3, 6, 12, 2, NAN, 0}, {4, 16, 102, 4, std::sqrt(38.0 / 3), 3.0 / 38}};
+    for (const Moment &c : cases) {
+        double m, s;
+        if (!std::isnan(c.sd)) {
+            CXY::Std(c.n, c.s, c.s2, m, s);
+            EXPECT_EQ(m, c.mean) << c.n;
+            EXPECT_DOUBLE_EQ(s, c.sd) << c.n;
+        }
+        CXY::IVar(c.n, c.s, c.s2, m, s);
+        EXPECT_DOUBLE_EQ(s, c.ivar) << c.n;
+    }
 }
 
 TEST(CxyStats, PolintNeville)
@@ -668,43 +608,35 @@ TEST(CxyStats, PolintNeville)
     auto cubic = [](long double x) { return 1.5L - 2 * x + 0.25L * x * x * x; };
     for (int i = 1; i <= 4; i++)
         ya[i] = static_cast<double>(cubic(xa[i]));
+    const int nb[4] = {1, 2, 3, 4};
     for (double x : {-1.0, 0.5, 0.9, 1.7, 3.0, 4.2}) {
-        long double lag = 0;
-        for (int i = 1; i <= 4; i++) {
-            long double l = ya[i];
-            for (int j = 1; j <= 4; j++)
-                if (j != i)
-                    l *= (x - xa[j]) / ((long double)xa[i] - xa[j]);
-            lag += l;
-        }
+        const long double lag = lagrange([&](int i) { return xa[i]; }, [&](int i) { return ya[i]; }, nb, 4, x);
         EXPECT_NEAR(CXY::polint(xa, ya, 4, x, 0), static_cast<double>(lag), 64 * DBL_EPSILON * (1 + std::fabs((double)lag)));
     }
     // Clamp to the range of the four values.
-    const double ymax = *std::max_element(ya + 1, ya + 5), ymin = *std::min_element(ya + 1, ya + 5);
-    EXPECT_EQ(CXY::polint(xa, ya, 4, 6.0, 1), ymax);
-    EXPECT_EQ(CXY::polint(xa, ya, 4, -5.0, 1), ymin); // the cubic gives -19.75 there
+    EXPECT_EQ(CXY::polint(xa, ya, 4, 6.0, 1), *std::max_element(ya + 1, ya + 5));
+    EXPECT_EQ(CXY::polint(xa, ya, 4, -5.0, 1), *std::min_element(ya + 1, ya + 5)); // the cubic gives -19.75 there
     EXPECT_NEAR(CXY::polint(xa, ya, 4, 3.0, 1), static_cast<double>(cubic(3.0L)), 64 * DBL_EPSILON);
     // Coincident abscissae: the mean of the four.
-    double xb[5] = {0, 1, 2, 2, 3};
-    double yb[5] = {0, 1, 2, 6, 3};
+    double xb[5] = {0, 1, 2, 2, 3}, yb[5] = {0, 1, 2, 6, 3};
     EXPECT_EQ(CXY::polint(xb, yb, 4, 2.5, 0), 3.0);
 }
 
 TEST(CxyStats, NoiseEstimates)
 {
+    Pool P;
     CXY none;
     EXPECT_EQ(none.UniNoise(nullptr), 0.0);
     EXPECT_EQ(none.GaussNoise(nullptr), 0.0);
-    XY *four = make({1, 2, 3, 4}, {1, 5, 2, 8});
+    XY *four = P(make({1, 2, 3, 4}, {1, 5, 2, 8}));
     EXPECT_EQ(none.GaussNoise(four), 0.0);
     EXPECT_EQ(none.UniNoise(four), 0.0);
-    std::free(four);
 
     // Leave-one-out residuals recomputed by the Lagrange cubic in long double.
     std::mt19937 rng(5);
     std::uniform_real_distribution<double> u(-1, 1);
     const int n = 60;
-    XY *r = make(n);
+    XY *r = P(make(n));
     for (int i = 1; i <= n; i++) {
         r[i].x = i + 0.3 * u(rng);
         r[i].y = std::sin(0.2 * i) + 0.1 * u(rng);
@@ -713,15 +645,8 @@ TEST(CxyStats, NoiseEstimates)
     const int c = n - 4;
     for (int i = 3; i <= n - 2; i++) {
         const int nb[4] = {i - 2, i - 1, i + 1, i + 2};
-        long double p = 0;
-        for (int a = 0; a < 4; a++) {
-            long double l = r[nb[a]].y;
-            for (int b = 0; b < 4; b++)
-                if (b != a)
-                    l *= ((long double)r[i].x - r[nb[b]].x) / ((long double)r[nb[a]].x - r[nb[b]].x);
-            p += l;
-        }
-        const long double res = r[i].y - p;
+        const long double res =
+            r[i].y - lagrange([&](int j) { return r[j].x; }, [&](int j) { return r[j].y; }, nb, 4, r[i].x);
         sabs += std::fabs(res);
         ssq += res * res;
         sy += r[i].y;
@@ -752,19 +677,16 @@ TEST(CxyStats, NoiseEstimates)
         r[i].y = 0.001 * r[i].x * r[i].x * r[i].x - r[i].x;
     EXPECT_NEAR(none.UniNoise(r), 0.0, 1e-9);
     EXPECT_NEAR(none.GaussNoise(r), (0.335521575829068 + 0.01695537426861433) / 2, 1e-9);
-    std::free(r);
 
     // Five points: c = 1, a zero spread; the caps still give a finite number.
-    XY *five = make({1, 2, 3, 4, 5}, {0, 1, 5, 1, 0});
-    const double g5 = none.GaussNoise(five);
-    EXPECT_TRUE(std::isfinite(g5));
-    EXPECT_GE(g5, 0.0);
-    std::free(five);
+    const double g5 = none.GaussNoise(P(make({1, 2, 3, 4, 5}, {0, 1, 5, 1, 0})));
+    EXPECT_TRUE(std::isfinite(g5) && g5 >= 0.0) << g5;
 }
 
 TEST(CxyFiles, TextFormatsByteForByte)
 {
-    XY *r = make({1.5, -0.25, 1.0 / 3}, {-2, 1e-20, 12345678.9}, {0, 42, 43});
+    Pool P;
+    XY *r = P(make({1.5, -0.25, 1.0 / 3}, {-2, 1e-20, 12345678.9}, {0, 42, 43}));
     r[1].w = 0.5;
     r[2].w = 2;
     r[3].w = -1e300;
@@ -773,38 +695,30 @@ TEST(CxyFiles, TextFormatsByteForByte)
         const std::string fill(static_cast<size_t>(std::max(0, width - static_cast<int>(s.size()))), ' ');
         return left ? s + fill : fill + s;
     };
-    const char *xs[] = {"1.5", "-0.25", "0.333333333333333"};
-    const char *ys[] = {"-2", "1e-20", "12345678.9"};
-    const char *ws[] = {"0.5", "2", "-1e+300"};
+    const char *xs[] = {"1.5", "-0.25", "0.333333333333333"}, *xt[] = {"1.5", "-0.25", "0.33333333333333"};
+    const char *ys[] = {"-2", "1e-20", "12345678.9"}, *ws[] = {"0.5", "2", "-1e+300"};
     const char marks[] = {' ', '*', '*'};
-
+    // 0: ASCIIFile without w, 1: with w (only under the header mark), 2: ToFile.
+    auto expected = [&](int form) {
+        std::string want;
+        for (int i = 0; i < 3; i++)
+            want += form == 2 ? pad(xt[i], 22, false) + " " + pad(ys[i], 22, false) + "\n"
+                              : pad(xs[i], 23, true) + " " + pad(ys[i], 23, true) + " " + marks[i] +
+                                    (form ? " W" + pad(ws[i], 23, true) : "") + "\n";
+        return want;
+    };
     CXY o(r);
     ASSERT_EQ(o.ASCIIFile(nullptr, path.c_str()), 3);
-    std::string want;
-    for (int i = 0; i < 3; i++)
-        want += pad(xs[i], 23, true) + " " + pad(ys[i], 23, true) + " " + marks[i] + "\n";
-    EXPECT_EQ(read_file(path), want);
-
-    r[0].w = 1.0; // the w column is written only with this header mark
+    EXPECT_EQ(read_file(path), expected(0));
+    r[0].w = 1.0;
     ASSERT_EQ(o.ASCIIFile(r, path.c_str()), 3);
-    want.clear();
-    for (int i = 0; i < 3; i++)
-        want += pad(xs[i], 23, true) + " " + pad(ys[i], 23, true) + " " + marks[i] + " W" + pad(ws[i], 23, true) + "\n";
-    EXPECT_EQ(read_file(path), want);
-
+    EXPECT_EQ(read_file(path), expected(1));
     ASSERT_EQ(CXY::ToFile(r, path.c_str()), 1);
-    const char *xt[] = {"1.5", "-0.25", "0.33333333333333"};
-    const char *yt[] = {"-2", "1e-20", "12345678.9"};
-    want.clear();
-    for (int i = 0; i < 3; i++)
-        want += pad(xt[i], 22, false) + " " + pad(yt[i], 22, false) + "\n";
-    EXPECT_EQ(read_file(path), want);
+    EXPECT_EQ(read_file(path), expected(2));
     std::remove(path.c_str());
 
     const std::string bad = ::testing::TempDir() + "no_such_dir_cxy/x.txt";
     EXPECT_EQ(o.ASCIIFile(r, bad.c_str()), 0);
     EXPECT_EQ(CXY::ToFile(r, bad.c_str()), 0);
-    CXY none;
-    EXPECT_EQ(none.ASCIIFile(nullptr, path.c_str()), 0);
-    std::free(r);
+    EXPECT_EQ(CXY().ASCIIFile(nullptr, path.c_str()), 0);
 }
