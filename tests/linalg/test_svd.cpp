@@ -64,6 +64,22 @@ Mat with_spectrum(int m, int n, const std::vector<double> &sigma, const Mat &q1,
     return a;
 }
 
+// A built with a known spectrum from two random orthogonal factors.
+struct Spectral {
+    Mat q1, q2, a;
+    Spectral(int m, int n, const std::vector<double> &sigma, Rng &r)
+        : q1(random_orthogonal(m, r)), q2(random_orthogonal(n, r)), a(with_spectrum(m, n, sigma, q1, q2)) {}
+};
+
+// A x for row-major A of m rows.
+std::vector<double> times(const Mat &a, int m, const std::vector<double> &x)
+{
+    std::vector<double> y(m, 0.0);
+    for (int i = 0; i < m; i++)
+        for (size_t j = 0; j < x.size(); j++) y[i] += a[i * x.size() + j] * x[j];
+    return y;
+}
+
 double norm1(const Mat &a, int m, int n)
 {
     double best = 0;
@@ -91,12 +107,7 @@ Decomp decompose(const Mat &a, int m, int n)
     Decomp d;
     sol.svd(const_cast<double *>(a.data()), u.data() + 1, v.data() + 1, s.data() + 1, n, n, n, m,
             n, 1, 1, &d.ierr);
-    EXPECT_EQ(u.front(), GUARD);
-    EXPECT_EQ(u.back(), GUARD);
-    EXPECT_EQ(v.front(), GUARD);
-    EXPECT_EQ(v.back(), GUARD);
-    EXPECT_EQ(s.front(), GUARD);
-    EXPECT_EQ(s.back(), GUARD);
+    for (const auto *g : {&u, &v, &s}) EXPECT_TRUE(g->front() == GUARD && g->back() == GUARD);
     d.u.assign(u.begin() + 1, u.end() - 1);
     d.v.assign(v.begin() + 1, v.end() - 1);
     d.s.assign(s.begin() + 1, s.end() - 1);
@@ -137,6 +148,52 @@ double orthogonality_ratio(const Mat &q, int rows, int cols, const std::vector<b
     return worst / (rows * eps);
 }
 
+// Owns a row-pointer copy of a row-major matrix.
+struct Rows {
+    double **p;
+    Rows(const Mat &a, int m, int n) : p(lmatr(m, n))
+    {
+        for (int i = 0; i < m; i++)
+            for (int j = 0; j < n; j++) p[i][j] = a[(size_t)i * n + j];
+    }
+    ~Rows() { lmatrfree(p); }
+};
+
+// x = Q2[:, :k] diag(1/sigma) Q1[:, :k]^T b, the solution keeping the k largest values.
+std::vector<double> truncated_solution(const std::vector<double> &sigma, int k, const Spectral &sp, int m,
+                                       int n, const std::vector<double> &b)
+{
+    std::vector<double> x(n, 0.0);
+    for (int t = 0; t < k; t++) {
+        long double c = 0;
+        for (int i = 0; i < m; i++) c += (long double)sp.q1[(size_t)i * m + t] * b[i];
+        for (int j = 0; j < n; j++) x[j] += (double)(c / sigma[t] * sp.q2[(size_t)j * n + t]);
+    }
+    return x;
+}
+
+double rel_err(const double *x, const std::vector<double> &ref)
+{
+    double e = 0, nr = 0;
+    for (size_t i = 0; i < ref.size(); i++) {
+        e = std::max(e, std::fabs(x[i] - ref[i]));
+        nr = std::max(nr, std::fabs(ref[i]));
+    }
+    return e / nr;
+}
+
+std::vector<double> unit(int n, int k)
+{
+    std::vector<double> e(n, 0.0);
+    e[k] = 1.0;
+    return e;
+}
+
+std::vector<int> g_events; // -1 start, -2 end, percentages otherwise
+void on_start() { g_events.push_back(-1); }
+void on_progress(int p) { g_events.push_back(p); }
+void on_end() { g_events.push_back(-2); }
+
 } // namespace
 
 TEST(Svd, ReconstructionAndOrthogonality)
@@ -147,14 +204,13 @@ TEST(Svd, ReconstructionAndOrthogonality)
                           {1, 7, "random"},   {7, 1, "random"},   {30, 30, "graded"},
                           {25, 12, "graded"}, {30, 20, "rank5"},  {20, 30, "rank5"},
                           {12, 12, "rank1"}};
-    double worst_rec = 0, worst_u = 0, worst_v = 0;
+    double worst[3] = {0, 0, 0}; // reconstruction, U and V orthogonality
     for (const Case &c : cases) {
         Mat a = random_matrix(c.m, c.n, r);
         std::string kind = c.kind;
         if (kind == "graded") // rows scaled over twelve decades
             for (int i = 0; i < c.m; i++)
-                for (int j = 0; j < c.n; j++)
-                    a[(size_t)i * c.n + j] *= std::pow(10.0, -12.0 * i / (c.m - 1));
+                for (int j = 0; j < c.n; j++) a[(size_t)i * c.n + j] *= std::pow(10.0, -12.0 * i / (c.m - 1));
         if (kind.rfind("rank", 0) == 0) {
             int k = std::atoi(kind.c_str() + 4);
             Mat x = random_matrix(c.m, k, r), y = random_matrix(k, c.n, r);
@@ -174,90 +230,38 @@ TEST(Svd, ReconstructionAndOrthogonality)
             // Left vectors of (numerically) zero singular values carry no information.
             useu[j] = d.s[j] > smax * 1e-10;
         }
-        double rec = reconstruction_ratio(a, d, c.m, c.n);
-        double ou = orthogonality_ratio(d.u, c.m, c.n, useu);
-        double ov = orthogonality_ratio(d.v, c.n, c.n, allv);
-        EXPECT_LT(rec, 30.0) << c.m << "x" << c.n << " " << c.kind;
-        EXPECT_LT(ou, 30.0) << c.m << "x" << c.n << " " << c.kind;
-        EXPECT_LT(ov, 30.0) << c.m << "x" << c.n << " " << c.kind;
-        worst_rec = std::max(worst_rec, rec);
-        worst_u = std::max(worst_u, ou);
-        worst_v = std::max(worst_v, ov);
+        const double ratio[3] = {reconstruction_ratio(a, d, c.m, c.n), orthogonality_ratio(d.u, c.m, c.n, useu),
+                                 orthogonality_ratio(d.v, c.n, c.n, allv)};
+        for (int t = 0; t < 3; t++) {
+            EXPECT_LT(ratio[t], 30.0) << c.m << "x" << c.n << " " << c.kind << " ratio " << t;
+            worst[t] = std::max(worst[t], ratio[t]);
+        }
     }
     std::printf("[ svd ratios ] reconstruction %.3f  U orthogonality %.3f  V orthogonality %.3f\n",
-                worst_rec, worst_u, worst_v);
+                worst[0], worst[1], worst[2]);
 }
 
-TEST(Svd, KnownSpectrum)
+TEST(Svd, KnownSpectrumZeroAndNonFinite)
 {
     Rng r(5);
     const int m = 18, n = 9;
     std::vector<double> sigma = {1e3, 400, 50, 7, 1, 0.3, 1e-2, 1e-5, 1e-9};
-    Mat q1 = random_orthogonal(m, r), q2 = random_orthogonal(n, r);
-    Mat a = with_spectrum(m, n, sigma, q1, q2);
-    Decomp d = decompose(a, m, n);
+    Decomp d = decompose(Spectral(m, n, sigma, r).a, m, n);
     ASSERT_EQ(d.ierr, 0);
-    std::vector<double> s = d.s;
-    std::sort(s.rbegin(), s.rend());
+    std::sort(d.s.rbegin(), d.s.rend());
     double worst = 0;
-    for (int i = 0; i < n; i++) worst = std::max(worst, std::fabs(s[i] - sigma[i]) / (n * sigma[0] * eps));
+    for (int i = 0; i < n; i++) worst = std::max(worst, std::fabs(d.s[i] - sigma[i]) / (n * sigma[0] * eps));
     EXPECT_LT(worst, 10.0);
     std::printf("[ svd ratios ] singular values |s - sigma| / (n sigma_max eps) %.3f\n", worst);
-}
 
-TEST(Svd, ZeroAndNonFiniteMatrices)
-{
-    Mat z(12, 0.0);
-    Decomp d = decompose(z, 4, 3);
+    d = decompose(Mat(12, 0.0), 4, 3);
     EXPECT_EQ(d.ierr, 0);
-    for (double s : d.s) EXPECT_EQ(s, 0.0);
-
+    EXPECT_EQ(d.s, std::vector<double>(3, 0.0));
     // A NaN never passes the negligibility tests: the last value fails after 30 sweeps.
-    Rng r(3);
     Mat a = random_matrix(4, 3, r);
     a[4] = std::nan("");
-    d = decompose(a, 4, 3);
-    EXPECT_EQ(d.ierr, 3);
+    EXPECT_EQ(decompose(a, 4, 3).ierr, 3);
 }
-
-namespace {
-
-// Owns a row-pointer copy of a row-major matrix.
-struct Rows {
-    double **p;
-    int m, n;
-    Rows(const Mat &a, int m_, int n_) : p(lmatr(m_, n_)), m(m_), n(n_)
-    {
-        for (int i = 0; i < m; i++)
-            for (int j = 0; j < n; j++) p[i][j] = a[(size_t)i * n + j];
-    }
-    ~Rows() { lmatrfree(p); }
-};
-
-// x = Q2[:, :k] diag(1/sigma) Q1[:, :k]^T b, the solution keeping the k largest values.
-std::vector<double> truncated_solution(const std::vector<double> &sigma, int k, const Mat &q1,
-                                       const Mat &q2, int m, int n, const std::vector<double> &b)
-{
-    std::vector<double> x(n, 0.0);
-    for (int t = 0; t < k; t++) {
-        long double c = 0;
-        for (int i = 0; i < m; i++) c += (long double)q1[(size_t)i * m + t] * b[i];
-        for (int j = 0; j < n; j++) x[j] += (double)(c / sigma[t] * q2[(size_t)j * n + t]);
-    }
-    return x;
-}
-
-double rel_err(const double *x, const std::vector<double> &ref)
-{
-    double e = 0, nr = 0;
-    for (size_t i = 0; i < ref.size(); i++) {
-        e = std::max(e, std::fabs(x[i] - ref[i]));
-        nr = std::max(nr, std::fabs(ref[i]));
-    }
-    return e / nr;
-}
-
-} // namespace
 
 TEST(CSVD, ThresholdModes)
 {
@@ -265,9 +269,8 @@ TEST(CSVD, ThresholdModes)
     const int m = 9, n = 5;
     // The quarter-point cut of this spectrum is 0.1, which drops only 0.01.
     std::vector<double> sigma = {100, 10, 1, 0.2, 0.01};
-    Mat q1 = random_orthogonal(m, r), q2 = random_orthogonal(n, r);
-    Mat a = with_spectrum(m, n, sigma, q1, q2);
-    Rows A(a, m, n);
+    Spectral sp(m, n, sigma, r);
+    Rows A(sp.a, m, n);
     std::vector<double> b(m);
     for (double &x : b) x = r();
     CSVD svd(A.p, m, n, b.data(), -1.0, nullptr, nullptr, nullptr);
@@ -281,10 +284,9 @@ TEST(CSVD, ThresholdModes)
     for (const Mode &md : modes) {
         double *x = svd.Update(md.thresh);
         ASSERT_NE(x, nullptr);
-        std::vector<double> ref = truncated_solution(sigma, md.kept, q1, q2, m, n, b);
         // Error amplification of the kept part is bounded by sigma_1 / sigma_kept.
         double bound = 100 * n * eps * sigma[0] / sigma[md.kept - 1];
-        EXPECT_LT(rel_err(x, ref), bound) << "thresh " << md.thresh;
+        EXPECT_LT(rel_err(x, truncated_solution(sigma, md.kept, sp, m, n, b)), bound) << "thresh " << md.thresh;
         EXPECT_EQ(svd.thresh, md.thresh);
     }
 }
@@ -295,66 +297,53 @@ TEST(CSVD, ExactLeastSquaresAndNullRhs)
     const int m = 30, n = 6;
     Mat a = random_matrix(m, n, r);
     for (int i = 0; i < m; i++) a[(size_t)i * n + n - 1] = 1.0; // last column of ones
-    std::vector<double> xt = {3, -1, 0.5, 2, -4, 1};
-    std::vector<double> b(m, 0.0);
-    for (int i = 0; i < m; i++)
-        for (int j = 0; j < n; j++) b[i] += a[(size_t)i * n + j] * xt[j];
+    std::vector<double> xt = {3, -1, 0.5, 2, -4, 1}, b = times(a, m, xt);
     Rows A(a, m, n);
     CSVD svd(A.p, m, n, b.data(), 1e-12, nullptr, nullptr, nullptr);
     double *x = svd.Solve();
     ASSERT_NE(x, nullptr);
-    double cond = svd.GetCond();
-    EXPECT_LT(rel_err(x, xt) * cond / (n * eps), 30.0);
-    std::printf("[ svd ratios ] CSVD least squares ||x - x*|| cond / (n eps) %.3f\n",
-                rel_err(x, xt) * cond / (n * eps));
+    double cond = svd.GetCond(), ratio = rel_err(x, xt) * cond / (n * eps);
+    EXPECT_LT(ratio, 30.0);
+    std::printf("[ svd ratios ] CSVD least squares ||x - x*|| cond / (n eps) %.3f\n", ratio);
 
     // Null b: a column of ones, solved exactly by e_n.
     CSVD ones(A.p, m, n, nullptr, 1e-12, nullptr, nullptr, nullptr);
     x = ones.Solve();
     ASSERT_NE(x, nullptr);
-    std::vector<double> en(n, 0.0);
-    en[n - 1] = 1.0;
-    EXPECT_LT(rel_err(x, en), 100 * eps / cond);
+    EXPECT_LT(rel_err(x, unit(n, n - 1)), 100 * eps / cond);
 
     // Solving again reads the changed contents of A and b.
-    for (int i = 0; i < m; i++) A.p[i][0] *= 2.0;
-    for (int i = 0; i < m; i++) b[i] = A.p[i][0];
+    for (int i = 0; i < m; i++) b[i] = A.p[i][0] *= 2.0;
     x = svd.Solve();
     ASSERT_NE(x, nullptr);
-    std::vector<double> e1(n, 0.0);
-    e1[0] = 1.0;
-    EXPECT_LT(rel_err(x, e1), 100 * eps / svd.GetCond());
+    EXPECT_LT(rel_err(x, unit(n, 0)), 100 * eps / svd.GetCond());
 }
 
 TEST(CSVD, UnderdeterminedGivesMinimumNorm)
 {
     Rng r(13);
     const int m = 4, n = 7;
-    std::vector<double> sigma = {5, 2, 1, 0.5};
-    Mat q1 = random_orthogonal(m, r), q2 = random_orthogonal(n, r);
-    Mat a = with_spectrum(m, n, sigma, q1, q2);
-    Rows A(a, m, n);
-    std::vector<double> b = {1, -2, 0.5, 3};
+    std::vector<double> sigma = {5, 2, 1, 0.5}, b = {1, -2, 0.5, 3};
+    Spectral sp(m, n, sigma, r);
+    Rows A(sp.a, m, n);
     CSVD svd(A.p, m, n, b.data(), 1e-10, nullptr, nullptr, nullptr);
     double *x = svd.Solve();
     ASSERT_NE(x, nullptr);
-    std::vector<double> ref = truncated_solution(sigma, m, q1, q2, m, n, b);
-    EXPECT_LT(rel_err(x, ref), 100 * n * eps * 10);
+    EXPECT_LT(rel_err(x, truncated_solution(sigma, m, sp, m, n, b)), 100 * n * eps * 10);
     for (int i = m; i < n; i++) EXPECT_LT(svd.GetSingVal()[i], 10 * n * eps * sigma[0]);
 }
 
 TEST(CSVD, ZeroAndEqualSpectra)
 {
     const int m = 6, n = 4;
-    Mat z((size_t)m * n, 0.0);
-    Rows Z(z, m, n);
+    Rows Z(Mat((size_t)m * n, 0.0), m, n);
     std::vector<double> b(m, 1.0);
     for (double t : {0.0, 1e-3, -2.0}) {
         CSVD svd(Z.p, m, n, b.data(), t, nullptr, nullptr, nullptr);
         double *x = svd.Solve();
         ASSERT_NE(x, nullptr);
         EXPECT_EQ(svd.GetCond(), 1e-100);
-        for (int j = 0; j < n; j++) EXPECT_EQ(x[j], 0.0);
+        EXPECT_EQ(std::vector<double>(x, x + n), std::vector<double>(n, 0.0));
     }
     // 3 times a signed permutation: all values exactly equal, the quarter-point cut
     // equals them and drops none.
@@ -362,9 +351,7 @@ TEST(CSVD, ZeroAndEqualSpectra)
     Rows A(a, n, n);
     CSVD svd(A.p, n, n, b.data(), 0.0, nullptr, nullptr, nullptr);
     ASSERT_NE(svd.Solve(), nullptr);
-    std::vector<double> ax(n, 0.0);
-    for (int i = 0; i < n; i++)
-        for (int j = 0; j < n; j++) ax[i] += a[(size_t)i * n + j] * svd.GetSoln()[j];
+    std::vector<double> ax = times(a, n, std::vector<double>(svd.GetSoln(), svd.GetSoln() + n));
     EXPECT_LT(rel_err(ax.data(), std::vector<double>(n, 1.0)), 50 * eps);
 }
 
@@ -373,34 +360,25 @@ TEST(CSVD, EigenGivesSortedRightVectors)
     Rng r(17);
     const int m = 12, n = 5;
     std::vector<double> sigma = {9, 4, 2.5, 1, 0.125};
-    Mat q1 = random_orthogonal(m, r), q2 = random_orthogonal(n, r);
-    Mat a = with_spectrum(m, n, sigma, q1, q2);
-    Rows A(a, m, n);
+    Spectral sp(m, n, sigma, r);
+    Rows A(sp.a, m, n);
     CSVD svd(A.p, m, n, nullptr, 0.0, nullptr, nullptr, nullptr);
     double **vec = nullptr;
     double *val = nullptr;
     svd.Eigen(&vec, &val);
-    ASSERT_NE(vec, nullptr);
-    ASSERT_NE(val, nullptr);
+    ASSERT_TRUE(vec && val);
     for (int i = 0; i < n; i++) {
         EXPECT_NEAR(val[i], sigma[i], 100 * eps * sigma[0]);
         // Row i is +-(column i of Q2).
         double dot = 0;
-        for (int j = 0; j < n; j++) dot += vec[i][j] * q2[(size_t)j * n + i];
+        for (int j = 0; j < n; j++) dot += vec[i][j] * sp.q2[(size_t)j * n + i];
         EXPECT_NEAR(std::fabs(dot), 1.0, 1e3 * eps);
     }
     svd.Eigen(&vec, &val); // a second call replaces the first results
     EXPECT_NEAR(val[0], sigma[0], 100 * eps * sigma[0]);
 }
 
-namespace {
-std::vector<int> g_events; // -1 start, -2 end, percentages otherwise
-void on_start() { g_events.push_back(-1); }
-void on_progress(int p) { g_events.push_back(p); }
-void on_end() { g_events.push_back(-2); }
-} // namespace
-
-TEST(CSVD, ProgressPercentages)
+TEST(CSVD, ProgressAndFailure)
 {
     Rng r(4);
     const int m = 250, n = 200; // exactly 50000 elements
@@ -425,24 +403,16 @@ TEST(CSVD, ProgressPercentages)
     EXPECT_EQ(quiet.report, 0);
     ASSERT_NE(quiet.Solve(), nullptr);
     EXPECT_TRUE(g_events.empty());
-}
 
-TEST(CSVD, FailedDecompositionReportsNullAndEnds)
-{
-    Rng r(9);
-    const int m = 250, n = 200;
-    Mat a = random_matrix(m, n, r);
-    a[7] = std::nan("");
-    Rows A(a, m, n);
+    // A failed decomposition reports null, still ends, and Eigen gives nulls.
+    A.p[0][7] = std::nan("");
     g_events.clear();
-    CSVD svd(A.p, m, n, nullptr, 1e-10, on_start, nullptr, on_end);
-    EXPECT_EQ(svd.Solve(), nullptr);
-    ASSERT_EQ(g_events.size(), 2u);
-    EXPECT_EQ(g_events[0], -1);
-    EXPECT_EQ(g_events[1], -2);
-    double **vec = reinterpret_cast<double **>(&svd);
-    double *val = &svd.cond;
-    svd.Eigen(&vec, &val);
+    CSVD bad(A.p, m, n, nullptr, 1e-10, on_start, nullptr, on_end);
+    EXPECT_EQ(bad.Solve(), nullptr);
+    EXPECT_EQ(g_events, (std::vector<int>{-1, -2}));
+    double **vec = reinterpret_cast<double **>(&bad);
+    double *val = &bad.cond;
+    bad.Eigen(&vec, &val);
     EXPECT_EQ(vec, nullptr);
     EXPECT_EQ(val, nullptr);
 }
@@ -455,25 +425,21 @@ TEST(CSVDSol, ProcInvAndPseudoInverse)
     Mat a((size_t)n * n);
     for (double &x : a) x = std::round(9 * r());
     for (int i = 0; i < n; i++) a[(size_t)i * n + i] += 20;
-    std::vector<double> xt = {1, -2, 3, 0, 5, -7}, b(n, 0.0);
-    for (int i = 0; i < n; i++)
-        for (int j = 0; j < n; j++) b[i] += a[(size_t)i * n + j] * xt[j];
+    const std::vector<double> xt = {1, -2, 3, 0, 5, -7};
+    std::vector<double> b = times(a, n, xt);
     Rows A(a, n, n);
     CSVDSol sol;
     EXPECT_EQ(sol.thresh, 5e-12);
     ASSERT_EQ(sol.proc(A.p, b.data(), n), 1);
-    EXPECT_LT(rel_err(b.data(), xt) * sol.getcond() / (n * eps), 30.0);
-    std::printf("[ svd ratios ] CSVDSol::proc ||x - x*|| cond / (n eps) %.3f\n",
-                rel_err(b.data(), xt) * sol.getcond() / (n * eps));
+    const double ratio = rel_err(b.data(), xt) * sol.getcond() / (n * eps);
+    EXPECT_LT(ratio, 30.0);
+    std::printf("[ svd ratios ] CSVDSol::proc ||x - x*|| cond / (n eps) %.3f\n", ratio);
     for (int i = 0; i < n; i++) // A stays
-        for (int j = 0; j < n; j++) EXPECT_EQ(A.p[i][j], a[(size_t)i * n + j]);
+        EXPECT_EQ(std::vector<double>(A.p[i], A.p[i] + n), std::vector<double>(a.begin() + i * n, a.begin() + (i + 1) * n));
     for (int i = 1; i < n; i++) EXPECT_GE(sol.singval()[i - 1], sol.singval()[i]);
 
     // inv: A * inv(A) = I, and b solved as well.
-    for (int i = 0; i < n; i++) {
-        b[i] = 0;
-        for (int j = 0; j < n; j++) b[i] += a[(size_t)i * n + j] * xt[j];
-    }
+    b = times(a, n, xt);
     ASSERT_EQ(sol.inv(A.p, b.data(), n), 1);
     EXPECT_LT(rel_err(b.data(), xt) * sol.getcond() / (n * eps), 30.0);
     double worst = 0;
@@ -484,8 +450,7 @@ TEST(CSVDSol, ProcInvAndPseudoInverse)
             worst = std::max(worst, std::fabs((double)s - (i == k ? 1.0 : 0.0)));
         }
     EXPECT_LT(worst * sol.getcond() / (n * eps), 30.0);
-    std::printf("[ svd ratios ] CSVDSol ||A inv(A) - I|| cond / (n eps) %.3f\n",
-                worst * sol.getcond() / (n * eps));
+    std::printf("[ svd ratios ] CSVDSol ||A inv(A) - I|| cond / (n eps) %.3f\n", worst * sol.getcond() / (n * eps));
 
     // Rank one: the pseudo-inverse of [[1,2],[2,4]] is its transpose over 25.
     Mat s = {1, 2, 2, 4};
@@ -499,8 +464,7 @@ TEST(CSVDSol, ProcInvAndPseudoInverse)
 
 TEST(CSVDSol, FailureAndProcSingVal)
 {
-    Mat a = {1, 2, std::nan(""), 4};
-    Rows A(a, 2, 2);
+    Rows A(Mat{1, 2, std::nan(""), 4}, 2, 2);
     std::vector<double> b = {1, 1};
     CSVDSol sol;
     sol.cond = 0.5;
@@ -510,36 +474,25 @@ TEST(CSVDSol, FailureAndProcSingVal)
 
     double s[4] = {2, 8, 1, 4};
     sol.ProcSingVal(s, -2, 4);
-    EXPECT_EQ(s[0], 0.0);
-    EXPECT_EQ(s[1], 8.0);
-    EXPECT_EQ(s[2], 0.0);
-    EXPECT_EQ(s[3], 4.0);
+    EXPECT_EQ(std::vector<double>(s, s + 4), (std::vector<double>{0, 8, 0, 4}));
     EXPECT_EQ(sol.getcond(), 1.0 / 8.0);
-    const double sorted[4] = {8, 4, 2, 1};
-    for (int i = 0; i < 4; i++) EXPECT_EQ(sol.singval()[i], sorted[i]);
+    EXPECT_EQ(std::vector<double>(sol.singval(), sol.singval() + 4), (std::vector<double>{8, 4, 2, 1}));
 }
 
 TEST(CSVD, DescendingSortsCarryCompanions)
 {
     CSVD svd(nullptr, 0, 0, nullptr, 0, nullptr, nullptr, nullptr);
     EXPECT_EQ(svd.Solve(), nullptr);
-    double v[9] = {3, 1, 4, 1, 5, 9, 2, 6, 5};
-    int idx[9];
-    for (int i = 0; i < 9; i++) idx[i] = i;
     const double orig[9] = {3, 1, 4, 1, 5, 9, 2, 6, 5};
+    double v[9];
+    int idx[9];
+    for (int i = 0; i < 9; i++) v[i] = orig[idx[i] = i];
     svd.SortDscwIdx(0, 8, v, idx);
-    for (int i = 0; i < 9; i++) {
-        if (i) {
-            EXPECT_GE(v[i - 1], v[i]);
-        }
-        EXPECT_EQ(orig[idx[i]], v[i]);
-    }
+    for (int i = 0; i < 9; i++) EXPECT_EQ(orig[idx[i]], v[i]);
+    for (int i = 1; i < 9; i++) EXPECT_GE(v[i - 1], v[i]);
     double w[4] = {1, 4, 2, 3};
     double r0[1], r1[1], r2[1], r3[1];
     double *rows[4] = {r0, r1, r2, r3};
     svd.SortDscwMatr(0, 3, w, rows);
-    EXPECT_EQ(rows[0], r1);
-    EXPECT_EQ(rows[1], r3);
-    EXPECT_EQ(rows[2], r2);
-    EXPECT_EQ(rows[3], r0);
+    EXPECT_EQ(std::vector<double *>(rows, rows + 4), (std::vector<double *>{r1, r3, r2, r0}));
 }
