@@ -608,15 +608,29 @@ TEST(CxyStats, PolintNeville)
     auto cubic = [](long double x) { return 1.5L - 2 * x + 0.25L * x * x * x; };
     for (int i = 1; i <= 4; i++)
         ya[i] = static_cast<double>(cubic(xa[i]));
-    const int nb[4] = {1, 2, 3, 4};
+    const int nb[12] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
     for (double x : {-1.0, 0.5, 0.9, 1.7, 3.0, 4.2}) {
         const long double lag = lagrange([&](int i) { return xa[i]; }, [&](int i) { return ya[i]; }, nb, 4, x);
         EXPECT_NEAR(CXY::polint(xa, ya, 4, x, 0), static_cast<double>(lag), 64 * DBL_EPSILON * (1 + std::fabs((double)lag)));
     }
-    // Clamp to the range of the four values.
+    // Longer than the fixed work arrays: 12 Chebyshev nodes.
+    V X(13), Y(13);
+    for (int i = 1; i <= 12; i++) {
+        X[i] = std::cos(3.141592653589793 * (2 * i - 1) / 24);
+        Y[i] = std::exp(X[i]) * std::sin(3 * X[i]);
+    }
+    for (double t = -0.95; t < 1.0; t += 0.21) {
+        const long double lag = lagrange([&](int i) { return X[i]; }, [&](int i) { return Y[i]; }, nb, 12, t);
+        EXPECT_NEAR(CXY::polint(X.data(), Y.data(), 12, t, 0), (double)lag, 1e3 * DBL_EPSILON) << t;
+    }
+    // Clamp to the range of the four values, whatever n.
     EXPECT_EQ(CXY::polint(xa, ya, 4, 6.0, 1), *std::max_element(ya + 1, ya + 5));
     EXPECT_EQ(CXY::polint(xa, ya, 4, -5.0, 1), *std::min_element(ya + 1, ya + 5)); // the cubic gives -19.75 there
     EXPECT_NEAR(CXY::polint(xa, ya, 4, 3.0, 1), static_cast<double>(cubic(3.0L)), 64 * DBL_EPSILON);
+    double xl[5] = {0, 0, 1, 7, 8}, yl[5] = {0, 0, 1, 5, -5};
+    EXPECT_DOUBLE_EQ(CXY::polint(xl, yl, 2, 3.0, 1), 3.0);
+    EXPECT_DOUBLE_EQ(CXY::polint(xl, yl, 2, 10.0, 1), 5.0);
+    EXPECT_DOUBLE_EQ(CXY::polint(xl, yl, 2, 10.0, 0), 10.0);
     // Coincident abscissae: the mean of the four.
     double xb[5] = {0, 1, 2, 2, 3}, yb[5] = {0, 1, 2, 6, 3};
     EXPECT_EQ(CXY::polint(xb, yb, 4, 2.5, 0), 3.0);
