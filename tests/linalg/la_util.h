@@ -3,6 +3,7 @@
 #ifndef OSCILLA_TESTS_LINALG_LA_UTIL_H
 #define OSCILLA_TESTS_LINALG_LA_UTIL_H
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -60,47 +61,12 @@ inline Mat transpose(const Mat &a)
     return t;
 }
 
-// Row-pointer view of n rows, each with a guard cell at index -1 and n.
-class Guarded {
-public:
-    explicit Guarded(const Mat &a) : store(a.size()), ptrs(a.size())
-    {
-        for (size_t i = 0; i < a.size(); i++) {
-            store[i].assign(a[i].size() + 2, kGuard);
-            for (size_t j = 0; j < a[i].size(); j++)
-                store[i][j + 1] = a[i][j];
-            ptrs[i] = store[i].data() + 1;
-        }
-    }
-    double **p() { return ptrs.data(); }
-    double at(int i, int j) const { return ptrs[i][j]; }
-    bool guards_intact() const
-    {
-        for (const auto &r : store)
-            if (r.front() != kGuard || r.back() != kGuard)
-                return false;
-        return true;
-    }
-    Mat values() const
-    {
-        Mat a(store.size());
-        for (size_t i = 0; i < store.size(); i++)
-            a[i].assign(store[i].begin() + 1, store[i].end() - 1);
-        return a;
-    }
-
-private:
-    std::vector<std::vector<double>> store;
-    std::vector<double *> ptrs;
-};
-
 // Vector with a guard cell on each side; data() points at element 0.
 class GVec {
 public:
     explicit GVec(const std::vector<double> &v) : store(v.size() + 2, kGuard)
     {
-        for (size_t i = 0; i < v.size(); i++)
-            store[i + 1] = v[i];
+        std::copy(v.begin(), v.end(), store.begin() + 1);
     }
     double *data() { return store.data() + 1; }
     double operator[](size_t i) const { return store[i + 1]; }
@@ -109,6 +75,33 @@ public:
 
 private:
     std::vector<double> store;
+};
+
+// Row-pointer view of the rows of a, each a GVec.
+class Guarded {
+public:
+    explicit Guarded(const Mat &a) : rows(a.begin(), a.end())
+    {
+        for (GVec &r : rows)
+            ptrs.push_back(r.data());
+    }
+    double **p() { return ptrs.data(); }
+    double at(int i, int j) const { return ptrs[i][j]; }
+    bool guards_intact() const
+    {
+        return std::all_of(rows.begin(), rows.end(), [](const GVec &r) { return r.guards_intact(); });
+    }
+    Mat values() const
+    {
+        Mat a;
+        for (const GVec &r : rows)
+            a.push_back(r.values());
+        return a;
+    }
+
+private:
+    std::vector<GVec> rows;
+    std::vector<double *> ptrs;
 };
 
 inline double norm1(const Mat &a)
