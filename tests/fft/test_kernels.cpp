@@ -219,15 +219,11 @@ TEST(KernelsAuto, LengthOneLeavesEveryKernelAlone)
 
 // ---- each kernel on the lengths it serves -----------------------------------
 
-TEST(KernelsPrimeFactor, EveryTableLength)
+TEST(KernelsPrimeFactor, EveryTableLengthComplexAndReal)
 {
     const int *t = PrimeFactorLengths();
     for (int i = 0; i < PFA_TABLE_SIZE; i++)
         EXPECT_LE(check_complex(KERNEL_PRIME_FACTOR, t[i], t[i]), bound(t[i])) << "n = " << t[i];
-}
-
-TEST(KernelsPrimeFactor, RealTableLengths)
-{
     for (int n : {4, 6, 10, 14, 22, 26, 36, 1008, 10010, 1441440 / 16, 720720})
         EXPECT_LE(check_real(KERNEL_PRIME_FACTOR, n, n), bound(n)) << "n = " << n;
 }
@@ -269,10 +265,7 @@ TEST(KernelsMixedRadix, AssortedLengths)
         EXPECT_LE(check_complex(KERNEL_MIXED_RADIX, n, n), bound(n)) << "n = " << n;
     for (int n : {4, 6, 18, 30, 50, 1000, 1022, 3000, 509 * 4, 1031 * 2})
         EXPECT_LE(check_real(KERNEL_MIXED_RADIX, n, n), bound(n)) << "n = " << n;
-}
-
-TEST(KernelsMixedRadix, InverseIsNegativeExponent)
-{
+    // The inverse is the transform with the negative exponent.
     Engine e(KERNEL_MIXED_RADIX);
     for (int n : {7, 100, 3600, 1022}) {
         const std::vector<double> in = noise(2 * static_cast<size_t>(n), n);
