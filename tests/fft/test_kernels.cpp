@@ -219,13 +219,49 @@ TEST(KernelsAuto, LengthOneLeavesEveryKernelAlone)
 
 // ---- each kernel on the lengths it serves -----------------------------------
 
-TEST(KernelsPrimeFactor, EveryTableLengthComplexAndReal)
+// Each kernel on the lengths it serves, forward (complex and real) and, where the
+// kernel has its own inverse entry, the transform with the negative exponent.
+TEST(KernelsEach, AgainstOracle)
 {
     const int *t = PrimeFactorLengths();
-    for (int i = 0; i < PFA_TABLE_SIZE; i++)
-        EXPECT_LE(check_complex(KERNEL_PRIME_FACTOR, t[i], t[i]), bound(t[i])) << "n = " << t[i];
-    for (int n : {4, 6, 10, 14, 22, 26, 36, 1008, 10010, 1441440 / 16, 720720})
-        EXPECT_LE(check_real(KERNEL_PRIME_FACTOR, n, n), bound(n)) << "n = " << n;
+    std::vector<int> cz = {2, 3, 5, 17, 100, 509, 521, 1031};
+    if (fast_split())
+        cz.insert(cz.end(), {3000, 65537, 720720});
+    struct Run {
+        int code;
+        std::vector<int> cplx, real, inverse;
+        void (*inv)(CFFT &, double *, int);
+    };
+    const Run runs[] = {
+        {KERNEL_PRIME_FACTOR, std::vector<int>(t, t + PFA_TABLE_SIZE),
+         {4, 6, 10, 14, 22, 26, 36, 1008, 10010, 1441440 / 16, 720720}, {1001},
+         [](CFFT &f, double *z, int n) { f.pfacc(z, n, -1); }},
+        {KERNEL_MIXED_RADIX, {1000, 1022, 3000, 509, 1031, 3600, 4096, 65536, 720720, 2 * 3 * 5 * 7 * 11 * 13 * 17},
+         {4, 6, 18, 30, 50, 1000, 1022, 3000, 509 * 4, 1031 * 2}, {7, 100, 3600, 1022},
+         [](CFFT &f, double *z, int n) { EXPECT_EQ(f.fft1(z, n, -1), 0); }},
+        {KERNEL_DIRECT, {1, 2, 3, 17, 64, 509, 1031}, {6, 9, 100, 1022}, {}, nullptr},
+        {KERNEL_CHIRP_Z, cz, {6, 9, 1022, 1031, 2 * 521}, {}, nullptr}};
+    for (const Run &r : runs) {
+        // the direct transform's angles grow with n; the others are log n
+        auto tol = [&](int n) { return r.code == KERNEL_DIRECT ? 8 * EPS * n : bound(n); };
+        for (int n : r.cplx)
+            EXPECT_LE(check_complex(r.code, n, n), tol(n)) << kernel_name(r.code) << " n = " << n;
+        for (int n : r.real)
+            EXPECT_LE(check_real(r.code, n, n), tol(n)) << kernel_name(r.code) << " real n = " << n;
+        Engine e(r.code);
+        for (int n : r.inverse) {
+            const std::vector<double> in = noise(2 * static_cast<size_t>(n), n);
+            std::vector<double> z = in;
+            r.inv(e.f, z.data(), n);
+            EXPECT_LE(complex_error(in, z.data(), n, -1, false), bound(n)) << kernel_name(r.code) << " inverse n = " << n;
+        }
+    }
+    // sign 0 is the forward transform of the direct kernel
+    Engine e(KERNEL_DIRECT);
+    std::vector<double> a = noise(2 * 9, 4), b = a;
+    e.f.dfft(a.data(), 9, 0);
+    e.f.dfft(b.data(), 9, 1);
+    EXPECT_EQ(a, b);
 }
 
 TEST(KernelsPrimeFactor, Edges)
@@ -251,27 +287,6 @@ TEST(KernelsPrimeFactor, Edges)
         for (int i = 0; i < 2 * n; i++)
             worst = std::max(worst, std::fabs(z[i] / n - in[i]));
         EXPECT_LE(worst, bound(n)) << n;
-    }
-    // The inverse is the transform with the negative exponent.
-    const std::vector<double> in = noise(2 * 1001, 8);
-    std::vector<double> z = in;
-    e.f.pfacc(z.data(), 1001, -1);
-    EXPECT_LE(complex_error(in, z.data(), 1001, -1, false), bound(1001));
-}
-
-TEST(KernelsMixedRadix, AssortedLengths)
-{
-    for (int n : {1000, 1022, 3000, 509, 1031, 3600, 4096, 65536, 720720, 2 * 3 * 5 * 7 * 11 * 13 * 17})
-        EXPECT_LE(check_complex(KERNEL_MIXED_RADIX, n, n), bound(n)) << "n = " << n;
-    for (int n : {4, 6, 18, 30, 50, 1000, 1022, 3000, 509 * 4, 1031 * 2})
-        EXPECT_LE(check_real(KERNEL_MIXED_RADIX, n, n), bound(n)) << "n = " << n;
-    // The inverse is the transform with the negative exponent.
-    Engine e(KERNEL_MIXED_RADIX);
-    for (int n : {7, 100, 3600, 1022}) {
-        const std::vector<double> in = noise(2 * static_cast<size_t>(n), n);
-        std::vector<double> z = in;
-        EXPECT_EQ(e.f.fft1(z.data(), n, -1), 0);
-        EXPECT_LE(complex_error(in, z.data(), n, -1, false), bound(n)) << n;
     }
 }
 
@@ -379,32 +394,6 @@ TEST(KernelsMixedRadix, MultiDimensional)
     EXPECT_EQ(e.f.fft1(d.data(), 10, 1), 0);
     for (int i = 0; i < 20; i++)
         EXPECT_NEAR(c[i], i < 10 ? d[i] / 10 : d[i], 1e-14) << i;
-}
-
-TEST(KernelsDirect, MatchesOracle)
-{
-    for (int n : {1, 2, 3, 17, 64, 509, 1031})
-        EXPECT_LE(check_complex(KERNEL_DIRECT, n, n), 8 * EPS * n) << "n = " << n;
-    for (int n : {6, 9, 100, 1022})
-        EXPECT_LE(check_real(KERNEL_DIRECT, n, n), 8 * EPS * n) << "n = " << n;
-    // sign 0 is the forward transform
-    Engine e(KERNEL_DIRECT);
-    std::vector<double> a = noise(2 * 9, 4), b = a;
-    e.f.dfft(a.data(), 9, 0);
-    e.f.dfft(b.data(), 9, 1);
-    EXPECT_EQ(a, b);
-}
-
-TEST(KernelsChirpZ, MatchesOracle)
-{
-    std::vector<int> lengths = {2, 3, 5, 17, 100, 509, 521, 1031};
-    if (fast_split())
-        for (int n : {3000, 65537, 720720})
-            lengths.push_back(n);
-    for (int n : lengths)
-        EXPECT_LE(check_complex(KERNEL_CHIRP_Z, n, n), bound(n)) << "n = " << n;
-    for (int n : {6, 9, 1022, 1031, 2 * 521})
-        EXPECT_LE(check_real(KERNEL_CHIRP_Z, n, n), bound(n)) << "n = " << n;
 }
 
 TEST(KernelsChirpZ, Edges)
