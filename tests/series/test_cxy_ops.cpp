@@ -585,18 +585,16 @@ TEST(CxyStats, SumsOfSquaresAndMoments)
     EXPECT_EQ(o.SSE(nullptr, static_cast<XY *>(nullptr)), 4);
     EXPECT_EQ(o.SSE(r, [](double x) { return x * x; }), 0 + 4 + 25 + 49);
 
-    // {n, sum, sum of squares} -> mean, then sd and inverse variance.
-    struct Moment { int n; double s, s2, mean, sd, ivar; };
-    const Moment cases[] = {{1, 5, 25, 5, 5, 0}, {3, 6, 12, 2, NAN, 0}, {4, 16, 102, 4, std::sqrt(38.0 / 3), 3.0 / 38}};
-    for (const Moment &c : cases) {
-        double m, s;
-        if (!std::isnan(c.sd)) {
-            CXY::Std(c.n, c.s, c.s2, m, s);
-            EXPECT_EQ(m, c.mean) << c.n;
-            EXPECT_DOUBLE_EQ(s, c.sd) << c.n;
-        }
-        CXY::IVar(c.n, c.s, c.s2, m, s);
-        EXPECT_DOUBLE_EQ(s, c.ivar) << c.n;
+    double m, sd;
+    CXY::Std(1, 5, 25, m, sd);
+    EXPECT_EQ(V({m, sd}), (V{5, 5}));
+    CXY::Std(4, 16, 102, m, sd);
+    EXPECT_EQ(m, 4);
+    EXPECT_DOUBLE_EQ(sd, std::sqrt(38.0 / 3));
+    // Inverse variance from {n, sum, sum of squares}: 0 for one point or no spread.
+    for (const V &c : {V{1, 5, 25, 0}, V{3, 6, 12, 0}, V{4, 16, 102, 3.0 / 38}}) {
+        CXY::IVar(static_cast<int>(c[0]), c[1], c[2], m, sd);
+        EXPECT_DOUBLE_EQ(sd, c[3]) << c[0];
     }
 }
 
