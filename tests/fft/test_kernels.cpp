@@ -111,20 +111,12 @@ double complex_error(const std::vector<double> &in, const double *out, int n, in
 }
 
 // Worst error per kernel, printed at the end of the run.
-std::map<std::string, double> &worst()
-{
-    static std::map<std::string, double> w;
-    return w;
-}
-void note(const std::string &kernel, double err)
-{
-    double &w = worst()[kernel];
-    w = std::max(w, err);
-}
+std::map<std::string, double> g_worst;
+void note(const std::string &kernel, double err) { g_worst[kernel] = std::max(g_worst[kernel], err); }
 struct Reporter : ::testing::Environment {
     void TearDown() override
     {
-        for (auto &kv : worst())
+        for (auto &kv : g_worst)
             std::printf("worst error / (||x|| sqrt(n)) %-14s %.3g\n", kv.first.c_str(), kv.second);
     }
 };
