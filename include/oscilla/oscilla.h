@@ -10,7 +10,17 @@
 #include "oscilla/fft/lengths.h"
 
 #include "oscilla/windows/cwinfn.h"
+#include "oscilla/windows/window_names.h"
 
 #include "oscilla/spectrum/cfft.h"
+#include "oscilla/spectrum/formats.h"
+
+#include "oscilla/estimate/cscan.h"
+
+#include "oscilla/linalg/eigensym.h"
+#include "oscilla/linalg/polyroots.h"
+#include "oscilla/linalg/qr.h"
+#include "oscilla/linalg/solvers.h"
+#include "oscilla/linalg/svd.h"
 
 #endif

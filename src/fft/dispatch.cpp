@@ -7,7 +7,10 @@ void run_kernel(int code, KernelEnv &env, double *a, int n, int sign)
 {
     switch (code) {
     case 0:
-        if (env.split)
+        // The split-radix tables only exist for powers of two: another length
+        // is left untransformed (wrong numbers, as for any unsuitable fixed
+        // kernel) rather than run past the end of the data.
+        if (env.split && n >= 1 && (n & (n - 1)) == 0)
             env.split->ComplexFFT(a, n, sign);
         break;
     case 1:

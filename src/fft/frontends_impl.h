@@ -121,63 +121,19 @@ void BasicFFT<S>::RunKernel(int code, double *a, int n, int sign)
 
 // ---- real transforms -----------------------------------------------------
 
+// Real transform of n values, n a multiple of 4, by a complex transform of
+// n/2 points and the merge. p[0] is the first value: realft passes data + 1,
+// realfft data itself, so ReverseImSign's flag 0 on p is flag 1 on data.
 template <class S>
-void BasicFFT<S>::realft(double *data, int n, int sign, int norm)
+void BasicFFT<S>::RealHalfLength(double *p, int n, int sign, int norm)
 {
-    if (n % 4 != 0 || n <= 0) {
-        realftodd(data, n, sign, norm);
-        return;
-    }
     const int N = n / 2;
     const int code = KernelCode(n, true, N);
-    double *a = data; // one-based: a[1] is the first value
-    if (sign == 1) {
-        RunKernel(code, a + 1, N, 1);
-    } else {
-        if (code == KERNEL_CHIRP_Z) {
-            ReverseImSign(a, N, 1);
-            ReverseComplex(reinterpret_cast<complex *>(a + 1), N + 1);
-        }
-        a[2] = a[n + 1];
-    }
-    detail::real_merge(a + 1, n, sign == 1);
-    if (sign == 1) {
-        const double t = a[1];
-        a[1] = t + a[2];
-        a[2] = t - a[2];
-        a[n + 1] = a[2];
-        a[n + 2] = 0.0;
-        a[2] = 0.0;
-        if (code == KERNEL_CHIRP_Z) {
-            ReverseComplex(reinterpret_cast<complex *>(a + 1), N + 1);
-            ReverseImSign(a, N, 1);
-        }
-    } else {
-        const double t = a[1];
-        a[1] = 0.5 * (t + a[2]);
-        a[2] = 0.5 * (t - a[2]);
-        RunKernel(code, a + 1, N, -1);
-        if (norm) {
-            const double s = 1.0 / N;
-            for (int i = 1; i <= n; i++)
-                a[i] *= s;
-        }
-    }
-}
-
-template <class S>
-void BasicFFT<S>::realfft(double *data, int n, int sign, int norm)
-{
-    if (n % 4 != 0 || n <= 0) {
-        realfftodd(data, n, sign, norm);
-        return;
-    }
-    const int N = n / 2;
-    const int code = KernelCode(n, true, N);
-    double *a = data; // zero-based: a[0] is the first value
+    double *a = p; // a[0] is the first value
     if (sign == 1) {
         RunKernel(code, a, N, 1);
     } else {
+        // Any sign other than 1 is the inverse.
         if (code == KERNEL_CHIRP_Z) {
             ReverseImSign(a, N, 0);
             ReverseComplex(reinterpret_cast<complex *>(a), N + 1);
@@ -192,6 +148,7 @@ void BasicFFT<S>::realfft(double *data, int n, int sign, int norm)
         a[n] = a[1];
         a[n + 1] = 0.0;
         a[1] = 0.0;
+        // Chirp-z conjugates its input: bin N-k arrives in place of bin k.
         if (code == KERNEL_CHIRP_Z) {
             ReverseComplex(reinterpret_cast<complex *>(a), N + 1);
             ReverseImSign(a, N, 0);
@@ -207,6 +164,24 @@ void BasicFFT<S>::realfft(double *data, int n, int sign, int norm)
                 a[i] *= s;
         }
     }
+}
+
+template <class S>
+void BasicFFT<S>::realft(double *data, int n, int sign, int norm)
+{
+    if (n % 4 != 0 || n <= 0)
+        realftodd(data, n, sign, norm);
+    else
+        RealHalfLength(data + 1, n, sign, norm);
+}
+
+template <class S>
+void BasicFFT<S>::realfft(double *data, int n, int sign, int norm)
+{
+    if (n % 4 != 0 || n <= 0)
+        realfftodd(data, n, sign, norm);
+    else
+        RealHalfLength(data, n, sign, norm);
 }
 
 namespace detail {

@@ -20,6 +20,18 @@ std::array<int, PFA_TABLE_SIZE> build_table()
 
 } // namespace
 
+const KernelName KERNEL_NAMES[] = {
+    {KERNEL_SPLIT_RADIX, "pow2", "split radix, powers of two"},
+    {KERNEL_PRIME_FACTOR, "pfa", "prime factor, divisors of 720720"},
+    {KERNEL_MIXED_RADIX, "mixed", "mixed radix, any length"},
+    {KERNEL_DIRECT, "direct", "direct O(n^2) transform"},
+    {KERNEL_CHIRP_Z, "chirpz", "chirp-z, any length"},
+    {KERNEL_AUTO, "auto", "automatic choice per length"},
+    {KERNEL_AUTO_RESTRICTED, "auto-pfa", "automatic, restricted to split radix and prime factor"},
+};
+
+const int KERNEL_NAME_COUNT = static_cast<int>(sizeof(KERNEL_NAMES) / sizeof(KERNEL_NAMES[0]));
+
 const int *PrimeFactorLengths()
 {
     static const std::array<int, PFA_TABLE_SIZE> table = build_table();

@@ -16,6 +16,15 @@ namespace oscilla {
 
 namespace detail {
 
+// A malloc'ed work array: a failed allocation is a null pointer, never an exception.
+struct WorkArray {
+    double *p;
+    explicit WorkArray(int n) : p(static_cast<double *>(std::malloc((n > 0 ? static_cast<size_t>(n) : 1) * sizeof(double)))) {}
+    ~WorkArray() { std::free(p); }
+    WorkArray(const WorkArray &) = delete;
+    WorkArray &operator=(const WorkArray &) = delete;
+};
+
 inline void free_record_array(XY **&arr)
 {
     if (!arr)
@@ -33,6 +42,19 @@ BasicFFT<S>::BasicFFT(Record *xy, int primefac_, int remlintrend_, int minpad_, 
                       int seglen_, double overlap_, int gainmode_)
 {
     failed = 0;
+    StoreParameters(primefac_, remlintrend_, minpad_, window_, alpha_, seglen_, overlap_, gainmode_);
+    pxy = xy;
+    Init();
+    if (!xy)
+        return;
+    Measure(xy);
+    Forward();
+}
+
+template <class S>
+void BasicFFT<S>::StoreParameters(int primefac_, int remlintrend_, int minpad_, int window_, double alpha_,
+                                  int seglen_, double overlap_, int gainmode_)
+{
     primefac = primefac_;
     remlintrend = remlintrend_;
     minpad = minpad_;
@@ -41,15 +63,16 @@ BasicFFT<S>::BasicFFT(Record *xy, int primefac_, int remlintrend_, int minpad_, 
     seglen = seglen_;
     overlap = overlap_;
     gainmode = gainmode_;
-    pxy = xy;
-    Init();
-    if (!xy)
-        return;
+}
+
+// The input measures taken once per series: count, area, spacing, mean, variance.
+template <class S>
+void BasicFFT<S>::Measure(Record *xy)
+{
     cnt = S::Count(xy);
     area = RawArea(xy);
     xspc = XSpacing(xy);
     AveVar(xy, mean, variance);
-    Forward();
 }
 
 template <class S>
@@ -109,21 +132,11 @@ template <class S>
 void BasicFFT<S>::Reset(Record *xy, int primefac_, int remlintrend_, int minpad_, int window_, double alpha_,
                         int seglen_, double overlap_, int gainmode_)
 {
-    primefac = primefac_;
-    remlintrend = remlintrend_;
-    minpad = minpad_;
-    window = window_;
-    alpha = alpha_;
-    seglen = seglen_;
-    overlap = overlap_;
-    gainmode = gainmode_;
+    StoreParameters(primefac_, remlintrend_, minpad_, window_, alpha_, seglen_, overlap_, gainmode_);
     noise[0] = noise[1] = 0.0;
     if (xy) {
         pxy = xy;
-        cnt = S::Count(xy);
-        area = RawArea(xy);
-        xspc = XSpacing(xy);
-        AveVar(xy, mean, variance);
+        Measure(xy);
     }
     Forward();
 }
@@ -300,10 +313,8 @@ void BasicFFT<S>::Forward()
             SetPrimeFac(KERNEL_CHIRP_Z);
         const int L = FindFFTlen(T);
         len = L;
-        if (L < 1) {
-            failed = 1;
-            return;
-        }
+        if (L < 1)
+            return; // nothing to transform: fft stays null and output calls report it
         fft = static_cast<double *>(std::malloc((static_cast<size_t>(L) + 6) * sizeof(double)));
         if (!fft) {
             failed = 1;
@@ -332,6 +343,8 @@ void BasicFFT<S>::Forward()
     len = L;
     const int step = SegmentStep();
     const int count = L >= 1 ? CountSegments(step) : 0;
+    pad = minpad;
+    ipass = 0;
     if (count < 1)
         return; // nothing to transform: fft stays null and output calls report it
     primefac = KERNEL_AUTO;
@@ -352,8 +365,6 @@ void BasicFFT<S>::Forward()
             return;
         }
     }
-    pad = minpad;
-    ipass = 0;
     const int n = seglen < L ? seglen : L;
     const double scale = static_cast<double>(N) / seglen;
     long long s = 1;

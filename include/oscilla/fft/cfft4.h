@@ -26,6 +26,14 @@ public:
     void SineTransform(double *a, int n, int sign);
     void CosineTransOfRealFFT(double *a, double *t, int n);
     void SineTransOfRealFFT(double *a, double *t, int n);
+
+private:
+    // Which operation built the tables now held in ip and w (0: none).  A call
+    // of that same operation at the same length finds them exactly as it would
+    // rebuild them, so it skips the rebuild.
+    int tables;
+
+    bool Prepare(int n, int op);
 };
 
 } // namespace oscilla

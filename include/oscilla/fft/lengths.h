@@ -24,6 +24,16 @@ enum KernelCode : int {
     KERNEL_AUTO_RESTRICTED = 6
 };
 
+struct KernelName {
+    int code;
+    const char *name;
+    const char *description;
+};
+
+// Every kernel code with a readable name, ascending.
+extern const KernelName KERNEL_NAMES[];
+extern const int KERNEL_NAME_COUNT;
+
 } // namespace oscilla
 
 #endif

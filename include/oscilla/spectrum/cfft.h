@@ -7,6 +7,7 @@
 #include "oscilla/fft/lengths.h"
 #include "oscilla/series/complex.h"
 #include "oscilla/series/xy.h"
+#include "oscilla/spectrum/formats.h"
 
 namespace oscilla {
 
@@ -20,6 +21,8 @@ struct XYSource {
     static int Count(const XY *r) { return static_cast<int>(r[0].x); }
     static double X(const XY *r, int i) { return r[i].x; }
     static double Y(const XY *r, int i) { return r[i].y; }
+    // A two-sided spectrum halves the one-sided values of every format.
+    static bool HalvesFullSpectrum(int) { return true; }
 };
 
 } // namespace detail
@@ -125,6 +128,34 @@ public:
     void Abort() { abort = 1; }
     int IsAbort() const { return abort; }
 
+    // Spectrum output. Slots 0..4 keep the record in the object (the earlier
+    // record of that slot is freed); any other slot hands it to the caller.
+    double FFTParm(double re, double im, double s, int format, int segnorm, int full);
+    XY *GetXYpFFT(int format, int slot, int mode);
+    XY **GetXYppFFT(int format, int segnorm, int slot, int full);
+    XY *FullXYpFFT(int format, int slot);
+    void GetSingleXYpFFT(int bin, int format, XY *point, int segnorm);
+    static void std(int n, double sum, double sum2, double &mean, double &ivar);
+    double Power(int mode);
+    double RawPower(int mode);
+    double MaxPower(double *block);
+    void UnwrapPhase(XY *xy);
+    void CopyFrequency(XY *xy);
+    double GetNoise(int which);
+    char *GetStrNoise(char *dst, int which);
+    double UniNoise(XY *xy);
+    double GaussNoise(XY *xy);
+
+    // Short-time transform over the segment blocks: a grid of at most 16384
+    // points, one record per slice, or the strongest peaks per slice.
+    XYZ *STFT(int format);
+    XY **STFTGrid(int format, int group, double range);
+    XYZ *STFTPeaks(int format, int maxpeaks);
+    double STFTDataPower(int format, double t0, double t1);
+    XY **GetXYfs() const { return xyfs; }
+    XYZ *GetXYZs() const { return xyzs; }
+    XYZ *GetXYZpk() const { return xyzpk; }
+
     // Transform front ends. Forward is sign 1, exp(+2 pi i jk/n), unscaled.
     void realft(double *data, int n, int sign, int norm);
     void realfft(double *data, int n, int sign, int norm);
@@ -162,6 +193,18 @@ public:
     void goertzel(double *x, int n, int sign);
 
 private:
+    void StoreParameters(int primefac, int remlintrend, int minpad, int window, double alpha, int seglen,
+                         double overlap, int gainmode);
+    void Measure(Record *xy);
+    void RealHalfLength(double *p, int n, int sign, int norm);
+    static void FewBinsPerSlice(int bins, int &group, int &per, int &slices);
+    double FreqStep(bool segmented);
+    double GainScale(const double *b) const;
+    double SegmentScale(const double *b) const;
+    double BinValue(const SpectrumFormat *f, double re, double im, double s, int segnorm, int full);
+    XY *Bands(XY *record, int format);
+    bool SliceTimes(double *times, int count);
+    static void STFTRescale(double &z, int format, double r);
     int KernelCode(int n, bool real, int L);
     void RunKernel(int code, double *a, int n, int sign);
     int CountSegments(int step) const;

@@ -1,0 +1,291 @@
+// Direct solvers: residual and inverse ratios over every route, the
+// orientation of the LINPACK families, and the edge cases of each routine.
+#include "oscilla/linalg/solvers.h"
+#include "linalg/linpack.h"
+#include "la_util.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <numeric>
+
+using namespace oscilla;
+using namespace latest;
+
+namespace {
+
+using SolveFn = int (*)(double **, double *, int);
+
+// What a route solves and what it leaves in a.
+enum Kind { Plain, Transposed, Symmetric };
+struct Route {
+    const char *name;
+    SolveFn fn;
+    Kind kind;
+    bool inverts; // a holds the inverse afterwards (lower triangle for Symmetric)
+};
+
+const Route kRoutes[] = {
+    {"gauss", gauss, Plain, false},
+    {"gaussj", gaussj, Plain, true},
+    {"luproc", luproc, Plain, false},
+    {"luinv", luinv, Plain, false},
+    {"gefaproc", gefaproc, Transposed, false},
+    {"gecoproc", gecoproc, Transposed, false},
+    {"gefainv", gefainv, Transposed, true},
+    {"gecoinv", gecoinv, Transposed, true},
+    {"ifaproc", ifaproc, Symmetric, false},
+    {"icoproc", static_cast<SolveFn>(icoproc), Symmetric, false},
+    {"ifainv", ifainv, Symmetric, true},
+    {"icoinv", icoinv, Symmetric, true},
+};
+
+const int kSizes[] = {1, 2, 3, 4, 5, 7, 10, 16, 33};
+
+// Test matrices of a route: general ones are random and graded (rows scaled
+// over eight decades, columns over four); symmetric ones are random, with a tiny
+// diagonal and with a zero diagonal, which force 2 by 2 pivots and exchanges.
+std::vector<Mat> matrices_for(Kind kind, int n, Rng &rng)
+{
+    std::vector<Mat> out;
+    if (kind == Symmetric) {
+        out.push_back(random_symmetric(n, rng));
+        out.push_back(random_symmetric(n, rng, 1e-3));
+        if (n > 1)
+            out.push_back(random_symmetric(n, rng, 0.0));
+        return out;
+    }
+    out.push_back(random_matrix(n, n, rng));
+    Mat g = random_matrix(n, n, rng);
+    for (int i = 0; i < n; i++)
+        for (int j = 0; j < n; j++)
+            g[i][j] *= std::pow(10.0, 8.0 * i / n) * std::pow(10.0, -4.0 * j / n);
+    out.push_back(g);
+    return out;
+}
+
+// Symmetric routes must not read or write above the diagonal: fill it with NaN.
+Mat poison_upper(Mat a)
+{
+    for (size_t i = 0; i < a.size(); i++)
+        for (size_t j = i + 1; j < a.size(); j++)
+            a[i][j] = std::nan("");
+    return a;
+}
+
+} // namespace
+
+TEST(SolverRoutes, ResidualAndInverseRatios)
+{
+    Rng rng(11);
+    for (const Route &r : kRoutes) {
+        double worstSolve = 0.0, worstInv = 0.0;
+        for (int n : kSizes) {
+            for (const Mat &a : matrices_for(r.kind, n, rng)) {
+                std::vector<double> b(n);
+                for (double &v : b)
+                    v = rng.uniform();
+                Guarded ga(r.kind == Symmetric ? poison_upper(a) : a);
+                GVec gb(b);
+                ASSERT_EQ(r.fn(ga.p(), gb.data(), n), 1) << r.name << " n=" << n;
+                ASSERT_TRUE(ga.guards_intact() && gb.guards_intact()) << r.name;
+                const Mat &sys = r.kind == Transposed ? transpose(a) : a;
+                worstSolve = std::max(worstSolve, solve_ratio(sys, gb.values(), b));
+                if (r.kind == Symmetric) {
+                    for (int i = 0; i < n; i++)
+                        for (int j = i + 1; j < n; j++)
+                            ASSERT_TRUE(std::isnan(ga.at(i, j))) << r.name << " wrote above the diagonal";
+                }
+                if (!r.inverts)
+                    continue;
+                Mat inv = ga.values();
+                if (r.kind == Symmetric)
+                    for (int i = 0; i < n; i++)
+                        for (int j = i + 1; j < n; j++)
+                            inv[i][j] = inv[j][i];
+                worstInv = std::max(worstInv, inverse_ratio(a, inv));
+            }
+        }
+        std::printf("  %-9s worst ||Ax-b||/(||A|| ||x|| eps) = %.3g", r.name, worstSolve);
+        if (r.inverts)
+            std::printf(", worst ||AX-I||/(n ||A|| ||X|| eps) = %.3g", worstInv);
+        std::printf("\n");
+        EXPECT_LT(worstSolve, 30.0) << r.name;
+        EXPECT_LT(worstInv, 30.0) << r.name;
+    }
+}
+
+TEST(SolverRoutes, SymmetricTestMatricesReachEveryPivotKind)
+{
+    // The ratios above prove the pivoting code only if it ran: count 1 by 1
+    // exchanges and 2 by 2 blocks with and without one (both entries of a
+    // block hold minus its first index unless exchanged).
+    Rng rng(11);
+    int swap1 = 0, block = 0, swap2 = 0;
+    for (int n : kSizes) {
+        for (const Mat &a : matrices_for(Symmetric, n, rng)) {
+            Guarded ga(a);
+            std::vector<int> kpvt(n);
+            detail::ifa(ga.p(), n, kpvt.data());
+            for (int k = 1; k <= n; k++) {
+                const int p = kpvt[k - 1];
+                swap1 += p > 0 && p != k;
+                block += p < 0 && (-p == k || -p == k - 1);
+                swap2 += p < 0 && -p != k && -p != k - 1;
+            }
+        }
+    }
+    EXPECT_GT(swap1, 10);
+    EXPECT_GT(block, 10);
+    EXPECT_GT(swap2, 10);
+}
+
+TEST(SolverRoutes, SingularMatricesReportZero)
+{
+    Rng rng(5);
+    for (const Route &r : kRoutes) {
+        for (int n : {1, 2, 5}) {
+            // a zero row (and, for the symmetric routes, the matching column)
+            Mat a = r.kind == Symmetric ? random_symmetric(n, rng) : random_matrix(n, n, rng);
+            for (int j = 0; j < n; j++) {
+                a[n / 2][j] = 0.0;
+                if (r.kind == Symmetric)
+                    a[j][n / 2] = 0.0;
+            }
+            Guarded ga(a);
+            std::vector<double> b(n, 1.0);
+            EXPECT_EQ(r.fn(ga.p(), b.data(), n), 0) << r.name << " n=" << n;
+            EXPECT_TRUE(ga.guards_intact());
+        }
+    }
+}
+
+TEST(Gauss, ZeroFirstPivotIsCuredByExchange)
+{
+    Guarded a(Mat{{0.0, 2.0, 1.0}, {1.0, 1.0, 0.0}, {2.0, 0.0, 1.0}});
+    GVec b({7.0, 3.0, 5.0});
+    ASSERT_EQ(gauss(a.p(), b.data(), 3), 1);
+    EXPECT_EQ(b.values(), (std::vector<double>{1.0, 2.0, 3.0}));
+}
+
+TEST(Linpack, GeneralProcSolvesTheTransposedSystem)
+{
+    const Mat a = {{2.0, 1.0, 0.0}, {4.0, 3.0, 1.0}, {0.0, 5.0, 2.0}};
+    const std::vector<double> x = {1.0, -2.0, 3.0};
+    const std::vector<double> bt = matvec(transpose(a), x); // (-6, 13, -2)
+    for (SolveFn fn : {gefaproc, gecoproc, gefainv, gecoinv}) {
+        Guarded ga(a);
+        GVec gb(bt);
+        ASSERT_EQ(fn(ga.p(), gb.data(), 3), 1);
+        for (int i = 0; i < 3; i++)
+            EXPECT_NEAR(gb[i], x[i], 16 * kEps);
+        // and it is not the solution of A y = b
+        EXPECT_GT(solve_ratio(a, gb.values(), bt), 1e10);
+    }
+}
+
+TEST(Linpack, ConditionEstimatesBoundTheTrueValue)
+{
+    // LINPACK's estimate of norm(inverse) is a lower bound, so the estimated
+    // rcond is at or above the true one; in practice within a small factor.
+    Rng rng(3);
+    for (int n : {2, 4, 8, 16}) {
+        Mat a = random_matrix(n, n, rng);
+        Mat inv = a;
+        std::vector<double> b(n, 1.0);
+        Guarded gi(inv);
+        ASSERT_EQ(gaussj(gi.p(), b.data(), n), 1);
+        // the ge family factors transpose(A): 1-norms of the transposes
+        double truth = 1.0 / (norm1(transpose(a)) * norm1(transpose(gi.values())));
+        Guarded ga(a);
+        ASSERT_EQ(gecoproc(ga.p(), b.data(), n), 1);
+        EXPECT_GE(lastFigure, truth * (1 - 1e-12)) << n;
+        EXPECT_LE(lastFigure, 20 * truth) << n;
+
+        Mat s = random_symmetric(n, rng, 1e-2);
+        Guarded gs(s), gsinv(s);
+        ASSERT_EQ(gaussj(gsinv.p(), b.data(), n), 1);
+        truth = 1.0 / (norm1(s) * norm1(gsinv.values()));
+        double rc = -1.0;
+        ASSERT_EQ(icoproc(gs.p(), b.data(), n), 1); // the copy form leaves the matrix
+        EXPECT_EQ(gs.values(), s);
+        ASSERT_EQ(icoproc(gs.p(), b.data(), n, &rc), 1); // the in-place form does not
+        EXPECT_TRUE(n == 2 || gs.values() != s); // a lone 2 by 2 block needs no elimination
+        EXPECT_EQ(rc, lastFigure);
+        EXPECT_GE(rc, truth * (1 - 1e-12)) << n;
+        EXPECT_LE(rc, 20 * truth) << n;
+    }
+    Guarded z(Mat{{1.0, 2.0}, {2.0, 4.0}});
+    double b[2] = {1.0, 1.0};
+    EXPECT_EQ(gecoproc(z.p(), b, 2), 0);
+    EXPECT_EQ(lastFigure, 0.0);
+}
+
+TEST(Lu, LuprocDeterminantAgainstPermutationExpansion)
+{
+    Rng rng(21);
+    for (int n = 1; n <= 6; n++) {
+        const Mat a = random_matrix(n, n, rng);
+        std::vector<int> p(n);
+        std::iota(p.begin(), p.end(), 0);
+        long double ref = 0.0L; // Leibniz formula
+        do {
+            long double t = 1.0L;
+            int inv = 0;
+            for (int i = 0; i < n; i++) {
+                t *= a[i][p[i]];
+                for (int j = i + 1; j < n; j++)
+                    inv += p[i] > p[j];
+            }
+            ref += inv % 2 ? -t : t;
+        } while (std::next_permutation(p.begin(), p.end()));
+        Guarded g(a);
+        std::vector<double> b(n, 1.0);
+        ASSERT_EQ(luproc(g.p(), b.data(), n), 1);
+        EXPECT_NEAR(lastFigure, static_cast<double>(ref), 50.0 * n * kEps * std::pow(norm1(a), n)) << n;
+    }
+}
+
+TEST(Lu, LuinvOverwritesColumnByColumn)
+{
+    // Worked by hand: factors of [[1,2],[3,4]] after the row exchange are
+    // [[3,4],[1/3,2/3]]. Column 0 comes from intact factors: (-2, 1.5). With it
+    // written into column 0, e_1 solves to (-5, -2.25) instead of (1, -0.5).
+    Guarded a(Mat{{1.0, 2.0}, {3.0, 4.0}});
+    GVec b({5.0, 11.0});
+    ASSERT_EQ(luinv(a.p(), b.data(), 2), 1);
+    EXPECT_NEAR(b[0], 1.0, 8 * kEps);
+    EXPECT_NEAR(b[1], 2.0, 8 * kEps);
+    EXPECT_NEAR(a.at(0, 0), -2.0, 8 * kEps);
+    EXPECT_NEAR(a.at(1, 0), 1.5, 8 * kEps);
+    EXPECT_NEAR(a.at(0, 1), -5.0, 32 * kEps);
+    EXPECT_NEAR(a.at(1, 1), -2.25, 32 * kEps);
+    EXPECT_TRUE(a.guards_intact() && b.guards_intact());
+    double one[1] = {-8.0}, *a1[1] = {one}; // order 1: the true inverse
+    ASSERT_EQ(luinv(a1, nullptr, 1), 1);
+    EXPECT_EQ(one[0], -0.125);
+}
+
+TEST(Lu, PivotingAndZeroPivots)
+{
+    // equal scaled candidates: the later row is taken
+    Guarded t(Mat{{1.0, 0.0}, {1.0, 0.5}});
+    int indx[2] = {-1, -1}, d = 0;
+    ASSERT_EQ(ludcmp(t.p(), 2, indx, &d), 1);
+    EXPECT_EQ(indx[0], 1);
+    EXPECT_EQ(d, -1);
+    // a zero pivot is reported, not replaced by a tiny number
+    Guarded z(Mat{{1.0, 1.0}, {1.0, 1.0}});
+    EXPECT_EQ(ludcmp(z.p(), 2, indx, &d), 0);
+    Guarded r(Mat{{1.0, 2.0, 3.0}, {0.0, 0.0, 0.0}, {4.0, 5.0, 7.0}});
+    EXPECT_EQ(ludcmp(r.p(), 3, indx, &d), 0);
+    // lubksb skips leading zeros of b and still solves
+    Guarded f(Mat{{2.0, 1.0, 1.0}, {4.0, 3.0, 3.0}, {8.0, 7.0, 9.0}});
+    int ix[3];
+    ASSERT_EQ(ludcmp(f.p(), 3, ix, &d), 1);
+    GVec b({0.0, 0.0, 2.0});
+    lubksb(f.p(), b.data(), 3, ix);
+    EXPECT_LT(solve_ratio(Mat{{2.0, 1.0, 1.0}, {4.0, 3.0, 3.0}, {8.0, 7.0, 9.0}}, b.values(), {0.0, 0.0, 2.0}),
+              30.0);
+}
