@@ -3,7 +3,13 @@
 // along the window (code 31).
 #include "oscilla/windows/cwinfn.h"
 
+#include "oscilla/series/mathsupport.h"
+#include "oscilla/series/xy.h"
+#include "oscilla/spectrum/cfft.h"
 #include "windows/window_table.h"
+
+#include <cmath>
+#include <cstdlib>
 
 namespace oscilla {
 
@@ -121,8 +127,61 @@ void CWinFn::ChebApprox(double *w, int n, double shape)
         w[i] = EvalChebPoly(20, static_cast<double>(i) / (n - 1), c);
 }
 
-// The transform needs the spectrum output of CFFT, which is not available
-// yet: w is left as it is, and code 30 builds no window.
-void CWinFn::Chebyshev(double *, int, double) {}
+// Dolph-Chebyshev window of odd length m = n, or n + 1 for even n, as the
+// amplitude spectrum of its own frequency response
+//   R[k] = delta T_M(cosh(C / M) cos(pi k / m)),  M = m - 1,
+// written as T_{M/2}(alpha cos(2 pi k / m) + beta) so that only the half order
+// is evaluated. The main lobe peaks at 1 + delta and the side lobes stand at delta.
+void CWinFn::Chebyshev(double *w, int n, double shape)
+{
+    if (!w || n < 2)
+        return;
+    const double pi = 3.14159265358979323846;
+    const int m = n % 2 ? n : n + 1;
+    const double delta = std::pow(10.0, -detail::ChebyshevSideLobeDb(shape) / 20.0);
+    const double C = Acosh((1.0 + delta) / delta);
+    const double M = m - 1;
+    const double dF = std::acos(1.0 / std::cosh(C / M)) / pi;
+    const double c = std::cos(2.0 * pi * dF);
+    const double x0 = (3.0 - c) / (c + 1.0);
+    const double alpha = (1.0 + x0) / 2.0, beta = (x0 - 1.0) / 2.0;
+
+    XY *xy = static_cast<XY *>(std::calloc(static_cast<std::size_t>(m) + 1, sizeof(XY)));
+    if (!xy) {
+        for (int i = 0; i < n; i++)
+            w[i] = 0.0;
+        return;
+    }
+    xy[0].x = m;
+    for (int k = 0; k < m; k++) {
+        const double x = alpha * std::cos(2.0 * pi * k / m) + beta;
+        xy[k + 1].x = k + 1;
+        xy[k + 1].y = std::fabs(x) <= 1.0 ? delta * std::cos(0.5 * M * std::acos(x))
+                                          : delta * std::cosh(0.5 * M * Acosh(x));
+    }
+    {
+        // Automatic kernel at the exact length, no detrending, padding,
+        // window or segments; the record in slot 0 stays the object's.
+        CFFT fft(xy, KERNEL_AUTO, 0, 0, 0, 0.0, 0, 0.0, 1);
+        XY *P = fft.GetXYpFFT(0, 0, 0);
+        if (!P || P[1].y == 0.0) {
+            for (int i = 0; i < n; i++)
+                w[i] = 0.0;
+        } else {
+            // Bin 0 carries no one-sided factor of 2: restore it, so that the
+            // peak comes out as exactly 1.
+            P[1].y *= 2.0;
+            const double peak = P[1].y;
+            // The peak stands at h = n/2; bins run outwards from it. For even n
+            // the window has one sample more before the peak than after it.
+            const int h = n / 2;
+            for (int i = 1; i <= h + 1; i++)
+                w[i - 1] = P[h + 2 - i].y / peak;
+            for (int i = h + 2; i <= n; i++)
+                w[i - 1] = P[i - h].y / peak;
+        }
+    }
+    std::free(xy);
+}
 
 } // namespace oscilla

@@ -15,13 +15,12 @@ using detail::WinKind;
 namespace {
 
 // Whether a code's window can be built here. The Slepian tapers need the
-// multitaper object, which this library doesn't provide yet; the Dolph-
-// Chebyshev transform needs the spectrum output of CFFT.
+// multitaper object, which this library doesn't provide yet.
 bool buildable(const detail::WindowCode *row)
 {
     if (!row)
         return true; // not a window: a buffer is still handed out
-    return row->kind != WinKind::Slepian && row->kind != WinKind::Chebyshev;
+    return row->kind != WinKind::Slepian;
 }
 
 void fill(double *w, int n, const detail::WindowCode *row, double shape)
