@@ -4,13 +4,13 @@
 
 #include "oscilla/series/complex.h"
 #include "oscilla/series/cxy.h"
+#include "oscilla/series/mathsupport.h"
 #include "oscilla/series/xy.h"
 
 #include "oscilla/fft/cfft4.h"
 #include "oscilla/fft/lengths.h"
 
 #include "oscilla/windows/cwinfn.h"
-#include "oscilla/windows/window_names.h"
 
 #include "oscilla/spectrum/cfft.h"
 #include "oscilla/spectrum/formats.h"

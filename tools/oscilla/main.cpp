@@ -1,6 +1,7 @@
 // oscilla: spectra and short-time spectra of a series from the command line.
 #include "series_io.h"
 #include "svg.h"
+#include "window_names.h"
 
 #include <oscilla/oscilla.h>
 
@@ -46,11 +47,11 @@ int WindowCode(const std::string &v)
         v, "window",
         [] {
             std::string s = "none";
-            for (int i = 0; i < oscilla::WINDOW_NAME_COUNT; i++)
-                s += std::string(", ") + oscilla::WINDOW_NAMES[i].name;
+            for (int i = 0; i < tool::WINDOW_NAME_COUNT; i++)
+                s += std::string(", ") + tool::WINDOW_NAMES[i].name;
             return s;
         },
-        [](const std::string &n) { return oscilla::WindowCodeByName(n.c_str()); });
+        [](const std::string &n) { return tool::WindowCodeByName(n.c_str()); });
 }
 
 int FormatCode(const std::string &v)
@@ -226,7 +227,7 @@ int RunSpectrum(const Options &o)
     std::printf("# %s\n", s.source.c_str());
     std::printf("# %d points, spacing %g, transform length %d (%d zeros), %d block(s)\n", n, f.GetXSpc(), f.GetLen(),
                 f.GetPad(), f.GetIPass());
-    const oscilla::WindowName *wn = oscilla::FindWindowName(window);
+    const tool::WindowName *wn = tool::FindWindowName(window);
     std::printf("# window %s, format %s\n", wn ? wn->name : std::to_string(window).c_str(), FormatLabel(format));
     const auto peaks = FindPeaks(spec, o.peaks);
     std::printf("%4s %14s %14s %16s\n", "rank", "frequency", "period", FormatLabel(format));

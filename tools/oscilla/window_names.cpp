@@ -1,8 +1,8 @@
-#include "oscilla/windows/window_names.h"
+#include "window_names.h"
 
 #include <cstring>
 
-namespace oscilla {
+namespace tool {
 
 const WindowName WINDOW_NAMES[] = {
     {0, "rectangular", "all ones (no taper)", 0},
@@ -52,4 +52,4 @@ const WindowName *FindWindowName(int code)
     return nullptr;
 }
 
-} // namespace oscilla
+} // namespace tool

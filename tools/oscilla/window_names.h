@@ -1,8 +1,9 @@
-// Readable names of the window codes, for hosts that take a window by name.
-#ifndef OSCILLA_WINDOWS_WINDOW_NAMES_H
-#define OSCILLA_WINDOWS_WINDOW_NAMES_H
+// Readable names of the window codes for the command line. The library knows
+// its windows by code only; labels are the host's business.
+#ifndef OSCILLA_TOOLS_WINDOW_NAMES_H
+#define OSCILLA_TOOLS_WINDOW_NAMES_H
 
-namespace oscilla {
+namespace tool {
 
 struct WindowName {
     int code;
@@ -11,8 +12,8 @@ struct WindowName {
     int shaped; // 1 if the shape parameter counts
 };
 
-// The named windows, by ascending code. Codes without an entry still exist:
-// hosts may pass any code from 0 to 44.
+// The named windows, by ascending code. Codes without an entry can still be
+// given as numbers, 0 to 44.
 extern const WindowName WINDOW_NAMES[];
 extern const int WINDOW_NAME_COUNT;
 
@@ -21,6 +22,6 @@ int WindowCodeByName(const char *name);
 // The entry of a code, or null.
 const WindowName *FindWindowName(int code);
 
-} // namespace oscilla
+} // namespace tool
 
 #endif
