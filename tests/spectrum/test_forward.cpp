@@ -242,3 +242,35 @@ TEST(Forward, ResetRecomputesOnANewSeries)
         data[i - 1] = b.p[i].y;
     EXPECT_LT(BlockError(f.GetFFT(), data), 200 * eps);
 }
+
+TEST(Forward, WindowCoversTheDataNotThePaddingAndLeavesItsGains)
+{
+    const int N = 1000, L = 1024;
+    Record r(N, [](int i) { return 1.0 + std::sin(0.05 * i); });
+    CFFT f(r.p, 0, 0, 0, 3, 0.0, 0, 0.0, 0); // code 3: Hann over N = 1000 points
+    ASSERT_EQ(f.GetLen(), L);
+    long double sw = 0, swy = 0, sy2 = 0, swy2 = 0;
+    for (int i = 0; i < N; i++) {
+        const long double w = 0.5L - 0.5L * std::cos(2 * 3.141592653589793238L * i / (N - 1));
+        const long double y = r.p[i + 1].y;
+        sw += w;
+        swy += w * y;
+        sy2 += y * y;
+        swy2 += (w * y) * (w * y);
+    }
+    const double *b = f.GetFFT();
+    EXPECT_NEAR(b[1], static_cast<double>(swy), 1e-12 * static_cast<double>(swy)); // bin 0: the windowed sum
+    EXPECT_NEAR(b[L + 3], static_cast<double>(sy2 / swy2), 1e-12);                  // power gain
+    EXPECT_NEAR(b[L + 4], static_cast<double>((N / sw) * (N / sw)), 1e-12);         // coherent gain squared
+    // Gain modes pick the trailer value that scales power: amplitude scales by its root.
+    oscilla::XY *plain = f.GetXYpFFT(4, -1, 0);
+    for (int g = 1; g <= 3; g++) {
+        CFFT h(r.p, 0, 0, 0, 3, 0.0, 0, 0.0, g);
+        oscilla::XY *p = h.GetXYpFFT(4, -1, 0);
+        const double want = std::sqrt(b[L + g + 2]);
+        for (int k : {1, 9, 100})
+            EXPECT_NEAR(p[k].y, plain[k].y * want, 1e-12 * plain[k].y * want) << g;
+        std::free(p);
+    }
+    std::free(plain);
+}
