@@ -39,17 +39,12 @@ inline unsigned char reps_of(int count) { return static_cast<unsigned char>(coun
 
 } // namespace detail
 
+// Mean and inverse variance of n values from their sums: the same rule as
+// the series container's, where every averaged record's weights come from.
 template <class S>
 void BasicFFT<S>::std(int n, double sum, double sum2, double &m, double &ivar)
 {
-    if (n == 1) {
-        m = sum;
-        ivar = 0.0;
-        return;
-    }
-    m = sum / n;
-    const double v = (n * sum2 - sum * sum) / ((n - 1.0) * n);
-    ivar = v == 0.0 ? 0.0 : 1.0 / v;
+    CXY::IVar(n, sum, sum2, m, ivar);
 }
 
 template <class S>

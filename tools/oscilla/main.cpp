@@ -25,82 +25,48 @@ struct UsageError {
     std::string message;
 };
 
-// A code given by name (from one of the library's tables) or as a number.
-template <class Table, class Lookup>
-int CodeOf(const std::string &value, const char *what, Table names, Lookup lookup)
+// A table entry with a code and a name: the library's formats and kernels,
+// the tool's windows and gain modes.
+struct NamedCode {
+    int code;
+    const char *name;
+};
+
+// A code given by one of the table's names or as a number.
+template <class Entry>
+int CodeOf(const std::string &value, const char *what, const Entry *table, int count, const char *extra = nullptr)
 {
-    const int byName = lookup(value);
-    if (byName >= 0)
-        return byName;
+    std::string names = extra ? extra : "";
+    for (int i = 0; i < count; i++) {
+        if (value == table[i].name)
+            return table[i].code;
+        names += (names.empty() ? "" : ", ") + std::string(table[i].name);
+    }
     char *end = nullptr;
     const long v = std::strtol(value.c_str(), &end, 10);
     if (!value.empty() && end && *end == '\0')
         return static_cast<int>(v);
-    throw UsageError{std::string("unknown ") + what + " \"" + value + "\" (one of: " + names() + ", or a code)"};
+    throw UsageError{std::string("unknown ") + what + " \"" + value + "\" (one of: " + names + ", or a code)"};
 }
 
 int WindowCode(const std::string &v)
 {
     if (v == "none")
         return 0;
-    return CodeOf(
-        v, "window",
-        [] {
-            std::string s = "none";
-            for (int i = 0; i < tool::WINDOW_NAME_COUNT; i++)
-                s += std::string(", ") + tool::WINDOW_NAMES[i].name;
-            return s;
-        },
-        [](const std::string &n) { return tool::WindowCodeByName(n.c_str()); });
+    return CodeOf(v, "window", tool::WINDOW_NAMES, tool::WINDOW_NAME_COUNT, "none");
 }
 
 int FormatCode(const std::string &v)
 {
-    return CodeOf(
-        v, "format",
-        [] {
-            std::string s;
-            for (int i = 0; i < oscilla::SPECTRUM_FORMAT_COUNT; i++)
-                s += (i ? ", " : "") + std::string(oscilla::SPECTRUM_FORMATS[i].name);
-            return s;
-        },
-        [](const std::string &n) {
-            for (int i = 0; i < oscilla::SPECTRUM_FORMAT_COUNT; i++)
-                if (n == oscilla::SPECTRUM_FORMATS[i].name)
-                    return oscilla::SPECTRUM_FORMATS[i].code;
-            return -1;
-        });
+    return CodeOf(v, "format", oscilla::SPECTRUM_FORMATS, oscilla::SPECTRUM_FORMAT_COUNT);
 }
 
-int KernelCode(const std::string &v)
-{
-    return CodeOf(
-        v, "kernel",
-        [] {
-            std::string s;
-            for (int i = 0; i < oscilla::KERNEL_NAME_COUNT; i++)
-                s += (i ? ", " : "") + std::string(oscilla::KERNEL_NAMES[i].name);
-            return s;
-        },
-        [](const std::string &n) {
-            for (int i = 0; i < oscilla::KERNEL_NAME_COUNT; i++)
-                if (n == oscilla::KERNEL_NAMES[i].name)
-                    return oscilla::KERNEL_NAMES[i].code;
-            return -1;
-        });
-}
+int KernelCode(const std::string &v) { return CodeOf(v, "kernel", oscilla::KERNEL_NAMES, oscilla::KERNEL_NAME_COUNT); }
 
 int GainCode(const std::string &v)
 {
-    static const char *const names[] = {"none", "power", "coherent", "segment"};
-    return CodeOf(
-        v, "gain", [] { return std::string("none, power, coherent, segment"); },
-        [](const std::string &n) {
-            for (int i = 0; i < 4; i++)
-                if (n == names[i])
-                    return i;
-            return -1;
-        });
+    static const NamedCode gains[] = {{0, "none"}, {1, "power"}, {2, "coherent"}, {3, "segment"}};
+    return CodeOf(v, "gain", gains, 4);
 }
 
 const char *FormatLabel(int code)

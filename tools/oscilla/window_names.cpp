@@ -1,6 +1,5 @@
 #include "window_names.h"
 
-#include <cstring>
 
 namespace tool {
 
@@ -33,16 +32,6 @@ const WindowName WINDOW_NAMES[] = {
 };
 
 const int WINDOW_NAME_COUNT = static_cast<int>(sizeof(WINDOW_NAMES) / sizeof(WINDOW_NAMES[0]));
-
-int WindowCodeByName(const char *name)
-{
-    if (!name)
-        return -1;
-    for (int i = 0; i < WINDOW_NAME_COUNT; i++)
-        if (std::strcmp(WINDOW_NAMES[i].name, name) == 0)
-            return WINDOW_NAMES[i].code;
-    return -1;
-}
 
 const WindowName *FindWindowName(int code)
 {

@@ -17,8 +17,6 @@ struct WindowName {
 extern const WindowName WINDOW_NAMES[];
 extern const int WINDOW_NAME_COUNT;
 
-// The code of a name (case-sensitive), or -1.
-int WindowCodeByName(const char *name);
 // The entry of a code, or null.
 const WindowName *FindWindowName(int code);
 
