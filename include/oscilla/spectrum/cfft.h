@@ -46,7 +46,7 @@ public:
     int minpad;
     int pad;
     int remlintrend;
-    int gainmode;
+    int gainmode; // 1 power gain, 2 coherent gain squared, 3 segment scale; any other value: no correction
     double *fft;
     double *ifft;
     double *response;
