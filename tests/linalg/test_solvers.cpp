@@ -90,6 +90,7 @@ TEST(SolverRoutes, ResidualAndInverseRatios)
     Rng rng(11);
     for (const Route &r : kRoutes) {
         double worstSolve = 0.0, worstInv = 0.0;
+        int swap1 = 0, block = 0, swap2 = 0;
         for (int n : kSizes) {
             for (const Mat &a : matrices_for(r.kind, n, rng)) {
                 std::vector<double> b(n);
@@ -109,38 +110,30 @@ TEST(SolverRoutes, ResidualAndInverseRatios)
                     }
                 if (r.inverts)
                     worstInv = std::max(worstInv, inverse_ratio(a, inv));
+                if (r.kind != Symmetric)
+                    continue;
+                // count 1 by 1 exchanges and 2 by 2 blocks with and without one
+                // (both entries of a block hold minus its first index unless exchanged)
+                Guarded gf(a);
+                std::vector<int> kpvt(n);
+                detail::ifa(gf.p(), n, kpvt.data());
+                for (int k = 1; k <= n; k++) {
+                    const int p = kpvt[k - 1];
+                    swap1 += p > 0 && p != k;
+                    block += p < 0 && (-p == k || -p == k - 1);
+                    swap2 += p < 0 && -p != k && -p != k - 1;
+                }
             }
         }
+        // the ratios prove the symmetric pivoting only if every kind of pivot ran
+        if (r.kind == Symmetric)
+            std::printf("  %-9s pivots: %d exchanges, %d blocks, %d exchanged blocks\n", r.name, swap1, block, swap2);
+        EXPECT_TRUE(r.kind != Symmetric || (swap1 > 10 && block > 10 && swap2 > 10)) << r.name;
         std::printf("  %-9s worst ||Ax-b||/(||A|| ||x|| eps) = %.3g, ||AX-I||/(n ||A|| ||X|| eps) = %.3g\n", r.name,
                     worstSolve, worstInv);
         EXPECT_LT(worstSolve, 30.0) << r.name;
         EXPECT_LT(worstInv, 30.0) << r.name;
     }
-}
-
-TEST(SolverRoutes, SymmetricTestMatricesReachEveryPivotKind)
-{
-    // The ratios above prove the pivoting code only if it ran: count 1 by 1
-    // exchanges and 2 by 2 blocks with and without one (both entries of a
-    // block hold minus its first index unless exchanged).
-    Rng rng(11);
-    int swap1 = 0, block = 0, swap2 = 0;
-    for (int n : kSizes) {
-        for (const Mat &a : matrices_for(Symmetric, n, rng)) {
-            Guarded ga(a);
-            std::vector<int> kpvt(n);
-            detail::ifa(ga.p(), n, kpvt.data());
-            for (int k = 1; k <= n; k++) {
-                const int p = kpvt[k - 1];
-                swap1 += p > 0 && p != k;
-                block += p < 0 && (-p == k || -p == k - 1);
-                swap2 += p < 0 && -p != k && -p != k - 1;
-            }
-        }
-    }
-    EXPECT_GT(swap1, 10);
-    EXPECT_GT(block, 10);
-    EXPECT_GT(swap2, 10);
 }
 
 TEST(SolverRoutes, SingularMatricesReportZero)
@@ -160,30 +153,6 @@ TEST(SolverRoutes, SingularMatricesReportZero)
             EXPECT_EQ(r.fn(ga.p(), b.data(), n), 0) << r.name << " n=" << n;
             EXPECT_TRUE(ga.guards_intact());
         }
-    }
-}
-
-TEST(Gauss, ZeroFirstPivotIsCuredByExchange)
-{
-    Guarded a(Mat{{0.0, 2.0, 1.0}, {1.0, 1.0, 0.0}, {2.0, 0.0, 1.0}});
-    GVec b({7.0, 3.0, 5.0});
-    ASSERT_EQ(gauss(a.p(), b.data(), 3), 1);
-    EXPECT_EQ(b.values(), (std::vector<double>{1.0, 2.0, 3.0}));
-}
-
-TEST(Linpack, GeneralProcSolvesTheTransposedSystem)
-{
-    const Mat a = {{2.0, 1.0, 0.0}, {4.0, 3.0, 1.0}, {0.0, 5.0, 2.0}};
-    const std::vector<double> x = {1.0, -2.0, 3.0};
-    const std::vector<double> bt = matvec(transpose(a), x); // (-6, 13, -2)
-    for (SolveFn fn : {gefaproc, gecoproc, gefainv, gecoinv}) {
-        Guarded ga(a);
-        GVec gb(bt);
-        ASSERT_EQ(fn(ga.p(), gb.data(), 3), 1);
-        for (int i = 0; i < 3; i++)
-            EXPECT_NEAR(gb[i], x[i], 16 * kEps);
-        // and it is not the solution of A y = b
-        EXPECT_GT(solve_ratio(a, gb.values(), bt), 1e10);
     }
 }
 
@@ -267,6 +236,11 @@ TEST(Lu, LuinvOverwritesColumnByColumn)
 
 TEST(Lu, PivotingAndZeroPivots)
 {
+    // gauss cures a zero first pivot by an exchange
+    Guarded g(Mat{{0.0, 2.0, 1.0}, {1.0, 1.0, 0.0}, {2.0, 0.0, 1.0}});
+    GVec gb({7.0, 3.0, 5.0});
+    ASSERT_EQ(gauss(g.p(), gb.data(), 3), 1);
+    EXPECT_EQ(gb.values(), (std::vector<double>{1.0, 2.0, 3.0}));
     // equal scaled candidates: the later row is taken
     Guarded t(Mat{{1.0, 0.0}, {1.0, 0.5}});
     int indx[2] = {-1, -1}, d = 0;
