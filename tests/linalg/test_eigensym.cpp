@@ -62,13 +62,11 @@ double orthogonality_ratio(const Eig &e)
 {
     const size_t n = e.vectors.size();
     double worst = 0.0;
-    for (size_t k = 0; k < n; k++)
-        for (size_t l = 0; l < n; l++) {
-            long double s = k == l ? -1.0L : 0.0L;
-            for (size_t i = 0; i < n; i++)
-                s += static_cast<long double>(e.vectors[k][i]) * e.vectors[l][i];
-            worst = std::fmax(worst, std::fabs(static_cast<double>(s)));
-        }
+    for (size_t l = 0; l < n; l++) {
+        std::vector<double> c = matvec(e.vectors, e.vectors[l]); // column l of V V^T
+        for (size_t k = 0; k < n; k++)
+            worst = std::fmax(worst, std::fabs(c[k] - (k == l)));
+    }
     return worst / (static_cast<double>(n) * kEps);
 }
 

@@ -178,24 +178,20 @@ TEST(QR, RankDecisions)
     Solved u = solve(w, bw, 1);
     EXPECT_EQ(std::count(u.x.begin(), u.x.end(), 0.0), 3);
     EXPECT_LT(solve_ratio(w, u.x, bw), 30.0);
-}
 
-TEST(QR, RankToleranceIsDividedByTheMatrixScale)
-{
     // Columns c and c + 1e-13 d: relative gap 1e-13. At unit scale tol is
-    // 1e-15 and both columns stay; scaled by 1e-3 the tolerance becomes
-    // 1e-12 and the second column is dropped.
-    Rng rng(8);
-    Mat a = random_matrix(10, 2, rng);
-    for (auto &row : a)
+    // 1e-15 and both columns stay; scaled by 1e-3 the tolerance is divided by
+    // the matrix scale, becomes 1e-12 and the second column is dropped.
+    Mat c = random_matrix(10, 2, rng);
+    for (auto &row : c)
         row[1] = row[0] + 1e-13 * rng.uniform();
-    std::vector<double> b(10, 1.0);
-    Solved s1 = solve(a, b, 0);
+    const std::vector<double> ones(10, 1.0);
+    Solved s1 = solve(c, ones, 0);
     EXPECT_NE(s1.x[0] * s1.x[1], 0.0);
-    for (auto &row : a)
+    for (auto &row : c)
         for (double &v : row)
             v *= 1e-3;
-    Solved s2 = solve(a, b, 0);
+    Solved s2 = solve(c, ones, 0);
     EXPECT_EQ(s2.x[0] * s2.x[1], 0.0);
 }
 
