@@ -108,8 +108,7 @@ TEST(EigenSym, NegligibilityIsJudgedInSinglePrecision)
     // the matrix counts as diagonal: exact unit vectors, although the true
     // eigenvectors have components of about 2.4e-10.
     Eig e = eigen(Mat{{4194304.0, 1e-3}, {1e-3, 8388608.0}});
-    ASSERT_EQ(e.values.size(), 2u);
-    EXPECT_EQ(e.values, (std::vector<double>{8388608.0, 4194304.0}));
+    ASSERT_EQ(e.values, (std::vector<double>{8388608.0, 4194304.0}));
     EXPECT_EQ(e.vectors, (Mat{{0.0, 1.0}, {1.0, 0.0}}));
     // with a coupling that the float sum does see, the vectors turn
     Eig f = eigen(Mat{{2.0, 1.0}, {1.0, 2.0}});

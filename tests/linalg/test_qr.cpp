@@ -51,13 +51,10 @@ Solved solve(const Mat &a, const std::vector<double> &b, int wantResid)
     CQR qr;
     std::vector<double> ca = colmajor(a);
     GVec gb(b), gx(std::vector<double>(a[0].size(), 99.0)), gr(std::vector<double>(a.size(), 99.0));
-    Solved s;
-    s.rc = qr.qrsolve(ca.data(), static_cast<int>(a.size()), static_cast<int>(a[0].size()), gb.data(), gx.data(),
-                      gr.data(), wantResid);
+    const int rc = qr.qrsolve(ca.data(), static_cast<int>(a.size()), static_cast<int>(a[0].size()), gb.data(),
+                              gx.data(), gr.data(), wantResid);
     EXPECT_TRUE(gb.guards_intact() && gx.guards_intact() && gr.guards_intact());
-    s.x = gx.values();
-    s.resid = gr.values();
-    return s;
+    return {gx.values(), gr.values(), rc};
 }
 
 } // namespace
