@@ -34,6 +34,13 @@ double norm2(const std::vector<double> &v)
     return static_cast<double>(std::sqrt(s));
 }
 
+double distance(std::vector<double> u, const std::vector<double> &v)
+{
+    for (size_t i = 0; i < u.size(); i++)
+        u[i] -= v[i];
+    return norm2(u);
+}
+
 struct Solved {
     std::vector<double> x, resid;
     int rc;
@@ -44,13 +51,10 @@ Solved solve(const Mat &a, const std::vector<double> &b, int wantResid)
     CQR qr;
     std::vector<double> ca = colmajor(a);
     GVec gb(b), gx(std::vector<double>(a[0].size(), 99.0)), gr(std::vector<double>(a.size(), 99.0));
-    Solved s;
-    s.rc = qr.qrsolve(ca.data(), static_cast<int>(a.size()), static_cast<int>(a[0].size()), gb.data(), gx.data(),
-                      gr.data(), wantResid);
+    const int rc = qr.qrsolve(ca.data(), static_cast<int>(a.size()), static_cast<int>(a[0].size()), gb.data(),
+                              gx.data(), gr.data(), wantResid);
     EXPECT_TRUE(gb.guards_intact() && gx.guards_intact() && gr.guards_intact());
-    s.x = gx.values();
-    s.resid = gr.values();
-    return s;
+    return {gx.values(), gr.values(), rc};
 }
 
 } // namespace
@@ -61,17 +65,10 @@ TEST(QR, NistWampler1CertifiedCoefficients)
     // certified coefficients all exactly 1 and residual exactly 0. The data
     // follow from the definition, so they are generated here exactly.
     Mat a(21, std::vector<double>(6));
-    std::vector<double> y(21);
-    for (int i = 0; i < 21; i++) {
-        double p = 1.0, s = 0.0;
-        for (int j = 0; j < 6; j++) {
-            a[i][j] = p;
-            s += p;
-            p *= i;
-        }
-        y[i] = s;
-    }
-    Solved s = solve(a, y, 1);
+    for (int i = 0; i < 21; i++)
+        for (int j = 0; j < 6; j++)
+            a[i][j] = j ? a[i][j - 1] * i : 1.0;
+    Solved s = solve(a, matvec(a, std::vector<double>(6, 1.0)), 1);
     ASSERT_EQ(s.rc, 1);
     double worst = 0.0;
     for (double c : s.x)
@@ -114,13 +111,8 @@ TEST(QR, ConstructedProblemsWithExactSolutionAndResidual)
                 b[i] += r[i];
             Solved s = solve(a, b, 1);
             ASSERT_EQ(s.rc, 1);
-            std::vector<double> dx(n), dr(m);
-            for (int j = 0; j < n; j++)
-                dx[j] = s.x[j] - x[j];
-            for (int i = 0; i < m; i++)
-                dr[i] = s.resid[i] - r[i];
-            worstX = std::fmax(worstX, norm2(dx) / (norm2(x) * m * kEps));
-            worstR = std::fmax(worstR, norm2(dr) / (norm2(b) * m * kEps));
+            worstX = std::fmax(worstX, distance(s.x, x) / (norm2(x) * m * kEps));
+            worstR = std::fmax(worstR, distance(s.resid, r) / (norm2(b) * m * kEps));
             // without the residual: x the same, resid = Q^T b, whose norm is
             // that of b and whose tail beyond n carries the residual norm
             Solved q = solve(a, b, 0);
@@ -183,31 +175,27 @@ TEST(QR, RankDecisions)
     Solved u = solve(w, bw, 1);
     EXPECT_EQ(std::count(u.x.begin(), u.x.end(), 0.0), 3);
     EXPECT_LT(solve_ratio(w, u.x, bw), 30.0);
-}
 
-TEST(QR, RankToleranceIsDividedByTheMatrixScale)
-{
     // Columns c and c + 1e-13 d: relative gap 1e-13. At unit scale tol is
-    // 1e-15 and both columns stay; scaled by 1e-3 the tolerance becomes
-    // 1e-12 and the second column is dropped.
-    Rng rng(8);
-    Mat a = random_matrix(10, 2, rng);
-    for (auto &row : a)
+    // 1e-15 and both columns stay; scaled by 1e-3 the tolerance is divided by
+    // the matrix scale, becomes 1e-12 and the second column is dropped.
+    Mat c = random_matrix(10, 2, rng);
+    for (auto &row : c)
         row[1] = row[0] + 1e-13 * rng.uniform();
-    std::vector<double> b(10, 1.0);
-    Solved s1 = solve(a, b, 0);
+    const std::vector<double> ones(10, 1.0);
+    Solved s1 = solve(c, ones, 0);
     EXPECT_NE(s1.x[0] * s1.x[1], 0.0);
-    for (auto &row : a)
+    for (auto &row : c)
         for (double &v : row)
             v *= 1e-3;
-    Solved s2 = solve(a, b, 0);
+    Solved s2 = solve(c, ones, 0);
     EXPECT_EQ(s2.x[0] * s2.x[1], 0.0);
 }
 
 TEST(QR, ScaledNormAvoidsOverflowAndUnderflow)
 {
     // R(1,1) of a single column is minus its signed norm: dnrm2 through all of
-    // its phases, against long double, whose exponent range holds the squares.
+    // its phases.
     const std::vector<std::vector<double>> cols = {
         {1e200, -3e200, 2e199},           {1e-200, 4e-201, -2e-200, 0.0}, {0.0, 0.0, 3e-170, 1.0, 2e160},
         {0.0, 1e-20, 1e-300, 5.0, 7e-11}, {3.0, 4.0},                     {1e-11, 2e19, 1.0, -4e19}};
@@ -215,10 +203,7 @@ TEST(QR, ScaledNormAvoidsOverflowAndUnderflow)
         std::vector<double> x = c, qraux(1), work(1);
         int jpvt = 0, m = static_cast<int>(c.size());
         CQR().dqrdc(x.data(), m, &m, 1, qraux.data(), &jpvt, work.data(), 0);
-        long double s = 0.0L;
-        for (double v : c)
-            s += static_cast<long double>(v) * v;
-        const double ref = static_cast<double>(std::sqrt(s));
+        const double ref = norm2(c); // long double holds the squares
         EXPECT_NEAR(std::fabs(x[0]), ref, 4 * m * kEps * ref) << c[0];
         // the sign is opposite to that of the leading element, minus for a zero one
         EXPECT_EQ(x[0] < 0.0, c[0] >= 0.0);
@@ -258,14 +243,12 @@ TEST(QR, SolveJobDigits)
 
 TEST(QR, Powi)
 {
-    CQR qr;
-    EXPECT_EQ(qr.powi(2.0, 10), 1024.0);
-    EXPECT_EQ(qr.powi(2.0, -3), 0.125);
-    EXPECT_EQ(qr.powi(-3.0, 3), -27.0);
-    EXPECT_EQ(qr.powi(1.5, 7), 17.0859375);
-    EXPECT_EQ(qr.powi(7.0, 0), 1.0);
-    EXPECT_EQ(qr.powi(0.0, 0), 0.0);
-    EXPECT_EQ(qr.powi(0.0, -2), 0.0);
-    EXPECT_EQ(qr.powi(-1.0, INT_MIN), 1.0);
-    EXPECT_EQ(qr.powi(2.0, INT_MIN), 0.0);
+    const struct {
+        double x;
+        int n;
+        double want;
+    } cases[] = {{2.0, 10, 1024.0}, {2.0, -3, 0.125}, {-3.0, 3, -27.0},    {1.5, 7, 17.0859375}, {7.0, 0, 1.0},
+                 {0.0, 0, 0.0},     {0.0, -2, 0.0},   {-1.0, INT_MIN, 1.0}, {2.0, INT_MIN, 0.0}};
+    for (const auto &c : cases)
+        EXPECT_EQ(CQR().powi(c.x, c.n), c.want) << c.x << "^" << c.n;
 }
