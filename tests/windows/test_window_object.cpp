@@ -20,7 +20,6 @@ namespace {
 constexpr double kEps = DBL_EPSILON;
 constexpr double kRogue = -12345.678;
 
-
 } // namespace
 
 TEST(WindowObject, BuildsEveryCodeAndKeepsTheOldWindowWhenItCannot)
