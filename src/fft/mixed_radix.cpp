@@ -5,6 +5,7 @@
 // routine keeps the published structure and names; the arrays are addressed
 // one-based through A() and B() as in the original.
 #include "fft/kernel_state.h"
+#include "fft/complex_pair.h"
 #include "fft/kernels.h"
 
 #include <climits>
@@ -31,25 +32,8 @@ bool grow(T *&p, size_t count)
 // taken afresh from cos and sin, which bounds the drift on long spans.
 constexpr long RESEED = 32;
 
-// A complex value as a pair of doubles in one register, for interleaved data.
-typedef double v2d __attribute__((vector_size(16)));
-typedef long long v2i __attribute__((vector_size(16)));
-inline v2d swap_pair(v2d a)
-{
-#if defined(__clang__)
-    return __builtin_shufflevector(a, a, 1, 0);
-#else
-    return __builtin_shuffle(a, v2i{1, 0});
-#endif
-}
-inline v2d times_i(v2d a) { return swap_pair(a) * v2d{-1.0, 1.0}; }
-inline v2d vload(const double *p)
-{
-    v2d v;
-    __builtin_memcpy(&v, p, sizeof v);
-    return v;
-}
-inline void vstore(double *p, v2d v) { __builtin_memcpy(p, &v, sizeof v); }
+using cpair::v2d;
+using cpair::times_i;
 
 } // namespace
 
@@ -139,8 +123,8 @@ int fftn(KernelEnv &env, int ndim, const int dims[], double Re[], double Im[], i
 
 #define A(i) Re[(i) - 1]
 #define B(i) (Interleaved ? Re[(i)] : Im[(i) - 1])
-#define ZL(i) vload(Re + (i) - 1)
-#define ZS(i, v) vstore(Re + (i) - 1, v)
+#define ZL(i) cpair::load(Re + (i) - 1)
+#define ZS(i, v) cpair::store(Re + (i) - 1, v)
 #define AT(i) Rtmp[(i) - 1]
 #define BT(i) Itmp[(i) - 1]
 #define CK(i) Cos[(i) - 1]

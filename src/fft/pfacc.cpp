@@ -3,6 +3,7 @@
 // 1991) over the mutually prime factors 16, 13, 11, 9, 8, 7, 5, 4, 3, 2.
 // No twiddles between stages, no tables, no allocation: each stage rotates
 // its butterfly slots so that the result comes out in natural order.
+#include "fft/complex_pair.h"
 #include "fft/kernels.h"
 
 #include <utility>
@@ -54,27 +55,11 @@ struct Roots<13> {
 // exp(2 pi i j / 16), j = 0..3, for the power-of-two butterflies.
 constexpr double C16[] = {1.0, 0.92387953251128674, 0.7071067811865476, 0.38268343236508978};
 
-// A complex value as a pair of doubles in one register (real, imaginary).
-typedef double v2d __attribute__((vector_size(16)));
-typedef long long v2i __attribute__((vector_size(16)));
-
-inline v2d swap(v2d a)
-{
-#if defined(__clang__)
-    return __builtin_shufflevector(a, a, 1, 0);
-#else
-    return __builtin_shuffle(a, v2i{1, 0});
-#endif
-}
-// i a
-inline v2d times_i(v2d a) { return swap(a) * v2d{-1.0, 1.0}; }
-inline v2d load(const double *p)
-{
-    v2d v;
-    __builtin_memcpy(&v, p, sizeof v);
-    return v;
-}
-inline void store(double *p, v2d v) { __builtin_memcpy(p, &v, sizeof v); }
+using cpair::load;
+using cpair::store;
+using cpair::swap;
+using cpair::times_i;
+using cpair::v2d;
 
 // y[j] = sum over k of z[k] exp(+2 pi i jk / P): the unrotated butterfly.
 template <int P>
