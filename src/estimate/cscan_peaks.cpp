@@ -102,19 +102,30 @@ XY *CScan::ExtremumList(XY *xy, int mode, bool minimum)
 XY *CScan::GetMaxima(XY *xy, int mode) { return ExtremumList(xy, mode, false); }
 XY *CScan::GetMimina(XY *xy, int mode) { return ExtremumList(xy, mode, true); }
 
-XY *CScan::GetLmtdMaxima(XY *xy, int minWidth, int refine, int maxCount)
+// The common start of the limited peak lists: the extrema scan, the width
+// limit, the refinement row (with the spline built when it refines) and a
+// record for at most c peaks. Null without extrema or memory.
+XY *CScan::StartPeakList(XY *xy, int minWidth, int refine, int &c, double &D, const PeakRefineMode *&mode)
 {
-    const int c = Extrema(xy);
+    c = Extrema(xy);
     if (c <= 0)
         return nullptr;
-    const int n = xy_count(xy);
-    const double D = width_limit(xy, n, minWidth);
-    const PeakRefineMode &mode = FindPeakRefineMode(refine);
-    if (mode.method == PEAK_SPLINE)
+    D = width_limit(xy, xy_count(xy), minWidth);
+    mode = &FindPeakRefineMode(refine);
+    if (mode->method == PEAK_SPLINE)
         SplineCoef(xy);
-    XY *r = new_record(c);
+    return new_record(c);
+}
+
+XY *CScan::GetLmtdMaxima(XY *xy, int minWidth, int refine, int maxCount)
+{
+    int c;
+    double D;
+    const PeakRefineMode *m;
+    XY *r = StartPeakList(xy, minWidth, refine, c, D, m);
     if (!r)
         return nullptr;
+    const PeakRefineMode &mode = *m;
     int kept = 0;
     for (int i = 0; i < c; i++) {
         if (listSgn[i] != 1)
@@ -167,17 +178,14 @@ XY *CScan::GetLmtdMaximaYThreshold(XY *xy, double threshold, int minWidth, int r
 XY *CScan::ReferencePeaks(XY *xy, bool useThreshold, double threshold, int minWidth, int refine, int maxCount,
                           double minSeparation)
 {
-    const int c = Extrema(xy);
-    if (c <= 0)
-        return nullptr;
-    const int n = xy_count(xy);
-    const double D = width_limit(xy, n, minWidth);
-    const PeakRefineMode &mode = FindPeakRefineMode(refine);
-    if (mode.method == PEAK_SPLINE)
-        SplineCoef(xy);
-    XY *r = new_record(c);
+    int c;
+    double D;
+    const PeakRefineMode *m;
+    XY *r = StartPeakList(xy, minWidth, refine, c, D, m);
     if (!r)
         return nullptr;
+    const PeakRefineMode &mode = *m;
+    const int n = xy_count(xy);
     int kept = 0;
     for (int i = 0; i < c; i++) {
         if (listSgn[i] != 1)

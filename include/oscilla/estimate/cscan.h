@@ -114,6 +114,7 @@ private:
     int ScanZero(XY *xy, int keepFalls, int keepRises);
     int ClippedScan(XY *xy, bool maxima);
     XY *ExtremumList(XY *xy, int mode, bool minimum);
+    XY *StartPeakList(XY *xy, int minWidth, int refine, int &c, double &D, const PeakRefineMode *&mode);
     XY *ReferencePeaks(XY *xy, bool useThreshold, double threshold, int minWidth, int refine, int maxCount,
                        double minSeparation);
 };
