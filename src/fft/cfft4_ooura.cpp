@@ -53,6 +53,78 @@ inline void swap2conj(double *a, int j1, int k1)
 }
 #endif
 
+
+// Bit reversal of n/2 = 2^L complex values in 16 x 16 tiles, for data far
+// larger than the caches. Index (a, b, c), with a and c the top and bottom
+// four bits, goes to (rev c, rev b, rev a): the tiles of b and rev b are read
+// into two small buffers row by row (sixteen consecutive values, whole cache
+// lines) and written back transposed and reversed. The published loops swap
+// one pair at a time across the whole array, two cache misses a pair once the
+// data outgrow the caches. Same permutation, same values; with Conj every
+// imaginary part changes sign, as in bitrv2conj.
+constexpr int TILE_BITS = 4;
+constexpr int TILE = 1 << TILE_BITS;
+// Complex values from which the tiled form takes over (512 KB of data).
+constexpr int TILED_FROM = 1 << 15;
+
+inline unsigned reverse_bits(unsigned v, int bits)
+{
+    unsigned r = 0;
+    for (int i = 0; i < bits; i++) {
+        r = (r << 1) | (v & 1u);
+        v >>= 1;
+    }
+    return r;
+}
+
+template <bool Conj>
+void bitrv2_tiled(int n, double *a)
+{
+    const long N = n / 2;
+    int L = 0;
+    while ((1L << L) < N)
+        L++;
+    const int B = L - 2 * TILE_BITS;
+    const long row = N >> TILE_BITS; // complex values from row a to row a + 1
+    double X[2 * TILE * TILE], Y[2 * TILE * TILE];
+    unsigned rq[TILE];
+    for (int i = 0; i < TILE; i++)
+        rq[i] = reverse_bits(static_cast<unsigned>(i), TILE_BITS);
+    const double sign = Conj ? -1.0 : 1.0;
+    const auto load = [a, row](double *buf, long base) {
+        for (int r = 0; r < TILE; r++) {
+            const double *src = a + 2 * (r * row + base);
+            for (int c = 0; c < 2 * TILE; c++)
+                buf[2 * TILE * r + c] = src[c];
+        }
+    };
+    // Row r, column s of the tile at base receives buf[rev s][rev r].
+    const auto store = [a, row, &rq, sign](const double *buf, long base) {
+        for (int r = 0; r < TILE; r++) {
+            double *dst = a + 2 * (r * row + base);
+            for (int s = 0; s < TILE; s++) {
+                const double *v = buf + 2 * (TILE * rq[s] + rq[r]);
+                dst[2 * s] = v[0];
+                dst[2 * s + 1] = sign * v[1];
+            }
+        }
+    };
+    for (unsigned b = 0; b < (1u << B); b++) {
+        const unsigned br = reverse_bits(b, B);
+        if (br < b)
+            continue;
+        const long base1 = static_cast<long>(b) << TILE_BITS, base2 = static_cast<long>(br) << TILE_BITS;
+        load(X, base1);
+        if (br == b) {
+            store(X, base1);
+        } else {
+            load(Y, base2);
+            store(X, base2);
+            store(Y, base1);
+        }
+    }
+}
+
 } // namespace
 
 namespace {
@@ -548,6 +620,10 @@ void bitrv2(int n, int *ip, double *a)
             ip[m + j] = ip[j] + l;
         m <<= 1;
     }
+    if (n / 2 >= TILED_FROM) {
+        bitrv2_tiled<false>(n, a);
+        return;
+    }
     m2 = 2 * m;
     if ((m << 3) == l) {
         for (k = 0; k < m; k++) {
@@ -597,6 +673,10 @@ void bitrv2conj(int n, int *ip, double *a)
         for (j = 0; j < m; j++)
             ip[m + j] = ip[j] + l;
         m <<= 1;
+    }
+    if (n / 2 >= TILED_FROM) {
+        bitrv2_tiled<true>(n, a);
+        return;
     }
     m2 = 2 * m;
     if ((m << 3) == l) {

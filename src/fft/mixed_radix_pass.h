@@ -167,14 +167,16 @@ inline void twiddle_powers(double c1, double s1, v2d pc[], v2d ps[])
     double c2 = c1, s2 = s1;
     for (int j = 1; j <= K; j++) {
         pc[j] = v2d{c2, c2};
-        ps[j] = v2d{s2, s2};
+        ps[j] = v2d{-s2, s2};
         const double ak = s1 * s2;
         s2 = s1 * c2 + c1 * s2;
         c2 = c1 * c2 - ak;
     }
 }
 
-inline v2d rotate(v2d z, v2d c, v2d s) { return c * z + s * times_i(z); }
+// z times c + i s, with c = (c, c) and sn = (-s, s): c z + s (i z) with the
+// sign of i z folded into the sine pair.
+inline v2d rotate(v2d z, v2d c, v2d sn) { return c * z + sn * cpair::swap(z); }
 
 // The rotation pass after an odd factor, for one-dimensional interleaved
 // data: output j of offset t times w_t^j.
@@ -185,7 +187,7 @@ void rotate_runs(double *Re, long kspan, long kspnn, long nt, long jc, double cd
             return;
         double c2 = c1, s2 = s1;
         for (long kk = 1 + t * jc + kspan; kk <= kspnn; kk += kspan) {
-            const v2d vc{c2, c2}, vs{s2, s2};
+            const v2d vc{c2, c2}, vs{-s2, s2};
             for (long q = kk; q <= nt; q += kspnn) {
                 const v2d za = cpair::load(Re + q - 1);
                 cpair::store(Re + q - 1, rotate(za, vc, vs));
@@ -478,7 +480,7 @@ L100:
                     zk = ZL(k2);
                     zj = za - zk;
                     ZS(kk, za + zk);
-                    ZS(k2, c1 * zj + s1 * times_i(zj));
+                    ZS(k2, rotate(zj, v2d{c1, c1}, v2d{-s1, s1}));
                     kk = k2 + kspan;
                 } while (kk < nt);
                 k2 = kk - nt;
@@ -646,9 +648,9 @@ L400:
                         ZS(k2, zjp);
                         ZS(k3, zkm);
                     } else {
-                        ZS(k1, c1 * zkp + s1 * times_i(zkp));
-                        ZS(k2, c2 * zjp + s2 * times_i(zjp));
-                        ZS(k3, c3 * zkm + s3 * times_i(zkm));
+                        ZS(k1, rotate(zkp, v2d{c1, c1}, v2d{-s1, s1}));
+                        ZS(k2, rotate(zjp, v2d{c2, c2}, v2d{-s2, s2}));
+                        ZS(k3, rotate(zkm, v2d{c3, c3}, v2d{-s3, s3}));
                     }
                     kk = k3 + kspan;
                 } while (kk <= nt);
@@ -942,7 +944,7 @@ L700:
                 do {
                     do {
                         za = ZL(kk);
-                        ZS(kk, c2 * za + s2 * times_i(za));
+                        ZS(kk, rotate(za, v2d{c2, c2}, v2d{-s2, s2}));
                         kk += kspnn;
                     } while (kk <= nt);
                     ak = s1 * s2;
