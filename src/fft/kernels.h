@@ -27,6 +27,11 @@ void run_kernel(int code, KernelEnv &env, double *a, int n, int sign);
 // Releases everything the kernel state holds, and the state itself.
 void kernel_state_free(KernelState *&state);
 
+// Whether fftradix may take the AVX2 build of the interleaved passes where
+// the processor has it (on by default); tests turn it off to reach the
+// portable build on any machine.
+void mixed_radix_allow_vector(bool allow);
+
 int fft1(KernelEnv &env, double *data, int n, int sign);
 int fftn(KernelEnv &env, int ndim, const int dims[], double Re[], double Im[], int sign, double scaling);
 int fftradix(KernelEnv &env, double Re[], double Im[], int nTotal, int nPass, int nSpan, int sign,

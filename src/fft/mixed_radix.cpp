@@ -3,6 +3,8 @@
 #define OSCILLA_MR_VARIANT portable
 #include "fft/mixed_radix_pass.h"
 
+#include <atomic>
+
 namespace oscilla {
 namespace detail {
 
@@ -10,6 +12,12 @@ namespace detail {
 // where the processor or the compiler lacks them.
 using InterleavedPass = int (*)(KernelEnv &, double *, int, int, int, int, int, int);
 InterleavedPass mixed_radix_avx2();
+
+namespace {
+std::atomic<bool> allowVector{true};
+} // namespace
+
+void mixed_radix_allow_vector(bool allow) { allowVector = allow; }
 
 void fft_free(KernelEnv &env)
 {
@@ -100,7 +108,7 @@ int fftradix(KernelEnv &env, double Re[], double Im[], int nTotal, int nPass, in
 {
     if (Im == Re + 1 && (iSign == 2 || iSign == -2)) {
         static const InterleavedPass fast = mixed_radix_avx2();
-        if (fast)
+        if (fast && allowVector)
             return fast(env, Re, nTotal, nPass, nSpan, iSign, maxFactors, maxPerm);
         return portable::radix_pass<true>(env, Re, nullptr, nTotal, nPass, nSpan, iSign, maxFactors, maxPerm);
     }

@@ -159,6 +159,22 @@ void walk_runs(long tcount, double cd, double sd, double phi, Body body)
     }
 }
 
+// Power pw + 1 of the twiddle w = (c1, s1) from power pw in (c2, s2), angle
+// the angle of w: one more multiplication, or afresh from cos and sin every
+// RESEED powers, so that a long general factor (257 outputs a group) does
+// not pile up a rounding per power.
+inline void next_power(double c1, double s1, double &c2, double &s2, long &pw, double angle)
+{
+    if (++pw % RESEED == 0) {
+        c2 = std::cos(static_cast<double>(pw) * angle);
+        s2 = std::sin(static_cast<double>(pw) * angle);
+    } else {
+        const double ak = s1 * s2;
+        s2 = s1 * c2 + c1 * s2;
+        c2 = c1 * c2 - ak;
+    }
+}
+
 // Powers w^1 .. w^K of w = (c1, s1) by repeated multiplication, as the
 // rotation pass forms them, each broadcast to a pair.
 template <int K>
@@ -186,15 +202,14 @@ void rotate_runs(double *Re, long kspan, long kspnn, long nt, long jc, double cd
         if (t == 0)
             return;
         double c2 = c1, s2 = s1;
+        long pw = 1;
         for (long kk = 1 + t * jc + kspan; kk <= kspnn; kk += kspan) {
             const v2d vc{c2, c2}, vs{-s2, s2};
             for (long q = kk; q <= nt; q += kspnn) {
                 const v2d za = cpair::load(Re + q - 1);
                 cpair::store(Re + q - 1, rotate(za, vc, vs));
             }
-            const double ak = s1 * s2;
-            s2 = s1 * c2 + c1 * s2;
-            c2 = c1 * c2 - ak;
+            next_power(c1, s1, c2, s2, pw, static_cast<double>(t) * phi);
         }
     });
 }
@@ -300,7 +315,7 @@ int radix_pass(KernelEnv &env, double *__restrict Re, double *__restrict Im, int
 {
     long ii, inc, j, jc, jf, jj, k, k1, k2, k3, k4, kk, kt, m, nn, ns, nt, kspan, kspnn, maxf;
     double radf, rad, c72, s72, s120, phi;
-    long tw;
+    long tw, pw = 0;
     double c1, c2, c3, cd, aa, aj, ak, ajm, ajp, akm, akp;
     double s1, s2, s3, sd, bb, bj, bk, bjm, bjp, bkm, bkp;
     double *Rtmp, *Itmp, *Cos, *Sin;
@@ -940,6 +955,7 @@ L700:
             do {
                 c1 = c2;
                 s2 = s1;
+                pw = 1;
                 kk += kspan;
                 do {
                     do {
@@ -947,9 +963,7 @@ L700:
                         ZS(kk, rotate(za, v2d{c2, c2}, v2d{-s2, s2}));
                         kk += kspnn;
                     } while (kk <= nt);
-                    ak = s1 * s2;
-                    s2 = s1 * c2 + c1 * s2;
-                    c2 = c1 * c2 - ak;
+                    next_power(c1, s1, c2, s2, pw, static_cast<double>(tw) * phi);
                     kk = kk - nt + kspan;
                 } while (kk <= kspnn);
                 if (++tw % RESEED == 0) {
@@ -975,6 +989,7 @@ L710:
 L720:
     c1 = c2;
     s2 = s1;
+    pw = 1;
     kk += kspan;
 L730:
     ak = A(kk);
@@ -983,9 +998,7 @@ L730:
     kk += kspnn;
     if (kk <= nt)
         goto L730;
-    ak = s1 * s2;
-    s2 = s1 * c2 + c1 * s2;
-    c2 = c1 * c2 - ak;
+    next_power(c1, s1, c2, s2, pw, static_cast<double>(tw) * phi);
     kk = kk - nt + kspan;
     if (kk <= kspnn)
         goto L730;

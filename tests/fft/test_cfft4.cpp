@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "fft/ooura.h"
 #include "oscilla/fft/cfft4.h"
 
 using oscilla::CFFT4;
@@ -342,5 +343,45 @@ TEST(CFFT4, TransformsOfSymmetricSequencesMatchDefinitions)
         f.SineTransOfRealFFT(s.data(), ts.data(), n);
         for (int j = 1; j < n; j++)
             EXPECT_NEAR(s[j] * 2 / n, x[j], 20 * kEps * std::log2(2.0 * n)) << n;
+    }
+}
+
+// The bit reversal on its own, below and above the size from which it works
+// in tiles: complex k moves to rev(k) (and is conjugated by bitrv2conj); a
+// rogue value on either side of the array stays.
+TEST(CFFT4, BitReversalIsThePermutationAtEverySize)
+{
+    for (int N : {1 << 10, 1 << 14, 1 << 15, 1 << 16, 1 << 17}) {
+        int L = 0;
+        while ((1 << L) < N)
+            L++;
+        for (bool conj : {false, true}) {
+            std::vector<double> buf(2 * static_cast<size_t>(N) + 2);
+            const double guard = -7.25;
+            buf.front() = buf.back() = guard;
+            double *a = buf.data() + 1;
+            for (int k = 0; k < N; k++) {
+                a[2 * k] = k;
+                a[2 * k + 1] = -0.5 - k;
+            }
+            std::vector<int> ip(2 + 2048, 0);
+            if (conj)
+                oscilla::detail::bitrv2conj(2 * N, ip.data() + 2, a);
+            else
+                oscilla::detail::bitrv2(2 * N, ip.data() + 2, a);
+            int bad = 0;
+            for (int k = 0; k < N && bad < 5; k++) {
+                int r = 0;
+                for (int b = 0; b < L; b++)
+                    r |= ((k >> b) & 1) << (L - 1 - b);
+                const double im = -0.5 - k;
+                if (a[2 * r] != k || a[2 * r + 1] != (conj ? -im : im)) {
+                    ADD_FAILURE() << "N = " << N << " conj " << conj << " k = " << k << " -> " << r;
+                    bad++;
+                }
+            }
+            EXPECT_EQ(buf.front(), guard);
+            EXPECT_EQ(buf.back(), guard);
+        }
     }
 }

@@ -1,6 +1,7 @@
 // The complex kernels against a direct transform in long double, through the
 // public front ends and through the kernel members themselves.
 #include "fft/kernel_state.h"
+#include "fft/kernels.h"
 #include "oscilla/fft/cfft4.h"
 #include "oscilla/fft/lengths.h"
 #include "oscilla/spectrum/cfft.h"
@@ -318,6 +319,31 @@ TEST(KernelsMixedRadix, FactorOrderAndResultCodes)
     e.f.fft_free();
     EXPECT_EQ(e.f.kstate->workBytes, 0u);
     EXPECT_EQ(e.f.kstate->permCount, 0);
+}
+
+// The interleaved passes come in a portable and an AVX2 build; both against
+// the oracle, on lengths that take the folded rotations (factors 3 and 5 with
+// many offsets), the one-gather reordering, and its fallback to the published
+// exchange when the first factor is above 256 (257^2, 263 * 269). Those two
+// also check the rotation after a long general factor, whose powers of the
+// twiddle are reseeded so that 256 products do not add up 256 roundings.
+TEST(KernelsMixedRadix, PortableAndVectorBuilds)
+{
+    const int lengths[] = {1000, 500, 375, 2 * 7 * 11 * 13, 3 * 3 * 5 * 5 * 7, 257 * 257, 263 * 269};
+    for (bool vector : {false, true}) {
+        detail::mixed_radix_allow_vector(vector);
+        for (int n : lengths)
+            EXPECT_LE(check_complex(KERNEL_MIXED_RADIX, n, 7 * n), bound(n)) << "n = " << n << " vector " << vector;
+        for (int n : {1000, 2000})
+            EXPECT_LE(check_real(KERNEL_MIXED_RADIX, n, 3 * n), bound(n)) << "real n = " << n << " vector " << vector;
+        // The inverse direction through fft1.
+        Engine e(KERNEL_MIXED_RADIX);
+        const std::vector<double> in = noise(2 * 1500, 15);
+        std::vector<double> z = in;
+        EXPECT_EQ(e.f.fft1(z.data(), 1500, -1), 0);
+        EXPECT_LE(complex_error(in, z.data(), 1500, -1, false), bound(1500)) << "vector " << vector;
+    }
+    detail::mixed_radix_allow_vector(true);
 }
 
 TEST(KernelsMixedRadix, MultiDimensional)
