@@ -37,8 +37,6 @@ bool grow(T *&p, size_t count)
     return true;
 }
 
-
-
 // The twiddle recurrence keeps its values on the unit circle, but the phase
 // still drifts by a rounding per step; every RESEED steps the twiddle is
 // taken afresh from cos and sin, which bounds the drift on long spans.
@@ -1077,18 +1075,12 @@ L820:
         ZS(kk, ZL(k2));
         ZS(k2, za);
     } else {
-        if constexpr (Interleaved) {
-            za = ZL(kk);
-            ZS(kk, ZL(k2));
-            ZS(k2, za);
-        } else {
-            ak = A(kk);
-            A(kk) = A(k2);
-            A(k2) = ak;
-            bk = B(kk);
-            B(kk) = B(k2);
-            B(k2) = bk;
-        }
+        ak = A(kk);
+        A(kk) = A(k2);
+        A(k2) = ak;
+        bk = B(kk);
+        B(kk) = B(k2);
+        B(k2) = bk;
     }
     kk += inc;
     k2 += kspan;
