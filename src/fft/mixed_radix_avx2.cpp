@@ -15,6 +15,7 @@
 #pragma GCC push_options
 #pragma GCC target("avx2,fma")
 #define OSCILLA_MR_VARIANT avx2
+#define OSCILLA_MR_WIDE 1
 #include "fft/mixed_radix_pass.h"
 #pragma GCC pop_options
 

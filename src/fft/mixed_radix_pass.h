@@ -45,6 +45,23 @@ constexpr long RESEED = 32;
 using cpair::v2d;
 using cpair::times_i;
 
+#ifdef OSCILLA_MR_WIDE
+// Two neighbouring offsets at once, one complex value of each in a 256-bit
+// register (the AVX2 build): the same operations lane by lane.
+typedef double v4d __attribute__((vector_size(32)));
+typedef long long v4i __attribute__((vector_size(32)));
+inline v4d swap(v4d a) { return __builtin_shuffle(a, v4i{1, 0, 3, 2}); }
+inline v4d times_i(v4d a) { return swap(a) * v4d{-1.0, 1.0, -1.0, 1.0}; }
+inline v4d rotate(v4d z, v4d c, v4d sn) { return c * z + sn * swap(z); }
+inline v4d load4(const double *p)
+{
+    v4d v;
+    __builtin_memcpy(&v, p, sizeof v);
+    return v;
+}
+inline void store4(double *p, v4d v) { __builtin_memcpy(p, &v, sizeof v); }
+#endif
+
 // Natural order for one-dimensional interleaved data in one gather. After
 // the passes, X[k] with k = e1 + e2 f1 + e3 f1 f2 + ... (f1, f2, ... the
 // factor list in order) sits at position e1 n/f1 + e2 n/(f1 f2) + ...; the
@@ -110,8 +127,9 @@ bool gather_natural(double *Re, long n, const int *fac, long m, double *t0, doub
 }
 
 // Twiddle walk for one-dimensional interleaved data (jc equal to the
-// increment): body(t, c, s) for every offset t below tcount in order, with
-// (c, s) the twiddle the recurrence gives at step t ((1, 0) at t = 0).
+// increment): body(t0, count, c, s) for blocks of offsets t0 .. t0 + count - 1
+// below tcount, in order, with (c[k], s[k]) the twiddle the recurrence gives
+// at step t0 + k ((1, 0) at t = 0).
 // Stepped along with the butterflies, every twiddle waits for the last, and
 // on a pass of many offsets with one group each that chain is the whole
 // cost. Every RESEED steps the recurrence starts afresh, so the twiddles of
@@ -152,8 +170,7 @@ void walk_runs(long tcount, double cd, double sd, double phi, Body body)
                 sr[0] = sb[1] = sd;
             }
         }
-        for (long k = 0; k < count; k++)
-            body(blk + k, cb[k], sb[k]);
+        body(blk, count, cb, sb);
     }
 }
 
@@ -192,38 +209,48 @@ inline void twiddle_powers(double c1, double s1, v2d pc[], v2d ps[])
 // sign of i z folded into the sine pair.
 inline v2d rotate(v2d z, v2d c, v2d sn) { return c * z + sn * cpair::swap(z); }
 
+// Output j of offset t times w^j, w = (c1, s1).
+inline void rotate_offset(double *Re, long kspan, long kspnn, long nt, long jc, double phi, long t, double c1,
+                          double s1)
+{
+    if (t == 0)
+        return;
+    double c2 = c1, s2 = s1;
+    long pw = 1;
+    for (long kk = 1 + t * jc + kspan; kk <= kspnn; kk += kspan) {
+        const v2d vc{c2, c2}, vs{-s2, s2};
+        for (long q = kk; q <= nt; q += kspnn) {
+            const v2d za = cpair::load(Re + q - 1);
+            cpair::store(Re + q - 1, rotate(za, vc, vs));
+        }
+        next_power(c1, s1, c2, s2, pw, static_cast<double>(t) * phi);
+    }
+}
+
 // The rotation pass after an odd factor, for one-dimensional interleaved
 // data: output j of offset t times w_t^j.
 void rotate_runs(double *Re, long kspan, long kspnn, long nt, long jc, double cd, double sd, double phi)
 {
-    walk_runs(kspan / jc, cd, sd, phi, [=](long t, double c1, double s1) {
-        if (t == 0)
-            return;
-        double c2 = c1, s2 = s1;
-        long pw = 1;
-        for (long kk = 1 + t * jc + kspan; kk <= kspnn; kk += kspan) {
-            const v2d vc{c2, c2}, vs{-s2, s2};
-            for (long q = kk; q <= nt; q += kspnn) {
-                const v2d za = cpair::load(Re + q - 1);
-                cpair::store(Re + q - 1, rotate(za, vc, vs));
-            }
-            next_power(c1, s1, c2, s2, pw, static_cast<double>(t) * phi);
-        }
+    walk_runs(kspan / jc, cd, sd, phi, [=](long t0, long count, const double *cb, const double *sb) {
+        for (long k = 0; k < count; k++)
+            rotate_offset(Re, kspan, kspnn, nt, jc, phi, t0 + k, cb[k], sb[k]);
     });
 }
 
-// Factor-5 and factor-3 butterflies on interleaved pairs, outputs in y[].
+// Factor-5 and factor-3 butterflies on interleaved pairs (or, in the AVX2
+// build, pairs of pairs), inputs z[], outputs y[].
 struct Radix5 {
     double c72, s72, c2, s2;
-    void operator()(v2d za, v2d z1, v2d z2, v2d z3, v2d z4, v2d y[5]) const
+    template <class V>
+    void operator()(const V z[5], V y[5]) const
     {
-        const v2d zkp = z1 + z4, zkm = z1 - z4, zjp = z2 + z3, zjm = z2 - z3;
-        y[0] = za + zkp + zjp;
-        v2d zk = zkp * c72 + zjp * c2 + za;
-        v2d zi = times_i(zkm * s72 + zjm * s2);
+        const V zkp = z[1] + z[4], zkm = z[1] - z[4], zjp = z[2] + z[3], zjm = z[2] - z[3];
+        y[0] = z[0] + zkp + zjp;
+        V zk = zkp * c72 + zjp * c2 + z[0];
+        V zi = times_i(zkm * s72 + zjm * s2);
         y[1] = zk + zi;
         y[4] = zk - zi;
-        zk = zkp * c2 + zjp * c72 + za;
+        zk = zkp * c2 + zjp * c72 + z[0];
         zi = times_i(zkm * s2 - zjm * s72);
         y[2] = zk + zi;
         y[3] = zk - zi;
@@ -232,12 +259,13 @@ struct Radix5 {
 
 struct Radix3 {
     double s120;
-    void operator()(v2d zk, v2d zkp, v2d zkm, v2d y[3]) const
+    template <class V>
+    void operator()(const V z[3], V y[3]) const
     {
-        const v2d zj = zkp + zkm;
-        y[0] = zk + zj;
-        zk = -0.5 * zj + zk;
-        const v2d zi = times_i((zkp - zkm) * s120);
+        const V zj = z[1] + z[2];
+        y[0] = z[0] + zj;
+        const V zk = -0.5 * zj + z[0];
+        const V zi = times_i((z[1] - z[2]) * s120);
         y[1] = zk + zi;
         y[2] = zk - zi;
     }
@@ -245,47 +273,66 @@ struct Radix3 {
 
 // A factor-5 or factor-3 pass followed by its rotation, in one sweep, for
 // one-dimensional interleaved data: each butterfly's outputs are rotated as
-// they are stored, offsets in the order of walk_runs.
-void radix5_rotated(double *Re, long kspan, long kspnn, long nn, long jc, double cd, double sd, double phi,
-                    const Radix5 &bf)
+// they are stored. Offset 0 is not rotated.
+template <int K, class Butterfly>
+inline void odd_rotated_offset(double *Re, long kspan, long kspnn, long nn, long jc, long t, double c1, double s1,
+                               const Butterfly &bf)
 {
-    walk_runs(kspan / jc, cd, sd, phi, [=, &bf](long t, double c1, double s1) {
-        v2d pc[5], ps[5], y[5];
-        twiddle_powers<4>(c1, s1, pc, ps);
-        for (long kk = 1 + t * jc; kk < nn; kk += kspnn) {
-            double *p0 = Re + kk - 1;
-            bf(cpair::load(p0), cpair::load(p0 + kspan), cpair::load(p0 + 2 * kspan), cpair::load(p0 + 3 * kspan),
-               cpair::load(p0 + 4 * kspan), y);
-            cpair::store(p0, y[0]);
-            if (t == 0) {
-                for (int j = 1; j < 5; j++)
-                    cpair::store(p0 + j * kspan, y[j]);
-            } else {
-                for (int j = 1; j < 5; j++)
-                    cpair::store(p0 + j * kspan, rotate(y[j], pc[j], ps[j]));
-            }
-        }
-    });
+    v2d pc[K], ps[K], z[K], y[K];
+    twiddle_powers<K - 1>(c1, s1, pc, ps);
+    for (long kk = 1 + t * jc; kk < nn; kk += kspnn) {
+        double *p0 = Re + kk - 1;
+        for (int j = 0; j < K; j++)
+            z[j] = cpair::load(p0 + j * kspan);
+        bf(z, y);
+        cpair::store(p0, y[0]);
+        for (int j = 1; j < K; j++)
+            cpair::store(p0 + j * kspan, t == 0 ? y[j] : rotate(y[j], pc[j], ps[j]));
+    }
 }
 
-void radix3_rotated(double *Re, long kspan, long kspnn, long nn, long jc, double cd, double sd, double phi,
-                    const Radix3 &bf)
+#ifdef OSCILLA_MR_WIDE
+
+template <int K, class Butterfly>
+inline void odd_rotated_pair(double *Re, long kspan, long kspnn, long nn, long jc, long t, const double *c1,
+                             const double *s1, const Butterfly &bf)
 {
-    walk_runs(kspan / jc, cd, sd, phi, [=, &bf](long t, double c1, double s1) {
-        v2d pc[3], ps[3], y[3];
-        twiddle_powers<2>(c1, s1, pc, ps);
-        for (long kk = 1 + t * jc; kk < nn; kk += kspnn) {
-            double *p0 = Re + kk - 1;
-            bf(cpair::load(p0), cpair::load(p0 + kspan), cpair::load(p0 + 2 * kspan), y);
-            cpair::store(p0, y[0]);
-            if (t == 0) {
-                cpair::store(p0 + kspan, y[1]);
-                cpair::store(p0 + 2 * kspan, y[2]);
-            } else {
-                cpair::store(p0 + kspan, rotate(y[1], pc[1], ps[1]));
-                cpair::store(p0 + 2 * kspan, rotate(y[2], pc[2], ps[2]));
-            }
+    v2d pa[K], qa[K], pb[K], qb[K];
+    twiddle_powers<K - 1>(c1[0], s1[0], pa, qa);
+    twiddle_powers<K - 1>(c1[1], s1[1], pb, qb);
+    v4d pc[K], ps[K], z[K], y[K];
+    for (int j = 1; j < K; j++) {
+        pc[j] = v4d{pa[j][0], pa[j][1], pb[j][0], pb[j][1]};
+        ps[j] = v4d{qa[j][0], qa[j][1], qb[j][0], qb[j][1]};
+    }
+    for (long kk = 1 + t * jc; kk < nn; kk += kspnn) {
+        double *p0 = Re + kk - 1;
+        for (int j = 0; j < K; j++)
+            z[j] = load4(p0 + j * kspan);
+        bf(z, y);
+        store4(p0, y[0]);
+        for (int j = 1; j < K; j++)
+            store4(p0 + j * kspan, rotate(y[j], pc[j], ps[j]));
+    }
+}
+#endif
+
+template <int K, class Butterfly>
+void odd_rotated(double *Re, long kspan, long kspnn, long nn, long jc, double cd, double sd, double phi,
+                 const Butterfly &bf)
+{
+    walk_runs(kspan / jc, cd, sd, phi, [=, &bf](long t0, long count, const double *cb, const double *sb) {
+        long k = 0;
+#ifdef OSCILLA_MR_WIDE
+        if (t0 == 0) {
+            odd_rotated_offset<K>(Re, kspan, kspnn, nn, jc, 0, cb[0], sb[0], bf);
+            k = 1;
         }
+        for (; k + 1 < count; k += 2)
+            odd_rotated_pair<K>(Re, kspan, kspnn, nn, jc, t0 + k, cb + k, sb + k, bf);
+#endif
+        for (; k < count; k++)
+            odd_rotated_offset<K>(Re, kspan, kspnn, nn, jc, t0 + k, cb[k], sb[k], bf);
     });
 }
 
@@ -583,14 +630,15 @@ L320:
     if constexpr (Interleaved) {
         const Radix3 bf{s120};
         if (jc == inc && ii != m) {
-            radix3_rotated(Re, kspan, kspnn, nn, jc, cd, sd, phi, bf);
+            odd_rotated<3>(Re, kspan, kspnn, nn, jc, cd, sd, phi, bf);
             goto L100;
         }
         do {
             do {
                 k1 = kk + kspan;
                 k2 = k1 + kspan;
-                bf(ZL(kk), ZL(k1), ZL(k2), y);
+                const v2d z3[3] = {ZL(kk), ZL(k1), ZL(k2)};
+                bf(z3, y);
                 ZS(kk, y[0]);
                 ZS(k1, y[1]);
                 ZS(k2, y[2]);
@@ -778,7 +826,7 @@ L510:
     if constexpr (Interleaved) {
         const Radix5 bf{c72, s72, c2, s2};
         if (jc == inc && ii != m) {
-            radix5_rotated(Re, kspan, kspnn, nn, jc, cd, sd, phi, bf);
+            odd_rotated<5>(Re, kspan, kspnn, nn, jc, cd, sd, phi, bf);
             goto L100;
         }
         do {
@@ -787,7 +835,8 @@ L510:
                 k2 = k1 + kspan;
                 k3 = k2 + kspan;
                 k4 = k3 + kspan;
-                bf(ZL(kk), ZL(k1), ZL(k2), ZL(k3), ZL(k4), y);
+                const v2d z5[5] = {ZL(kk), ZL(k1), ZL(k2), ZL(k3), ZL(k4)};
+                bf(z5, y);
                 ZS(kk, y[0]);
                 ZS(k1, y[1]);
                 ZS(k2, y[2]);
