@@ -271,6 +271,55 @@ struct Radix3 {
     }
 };
 
+// A factor-2 pass with its twiddles, for one-dimensional interleaved data:
+// K offsets (kspan doubles), offset t below K/2 with w_t and its mirror
+// K - t with (-c, s) of w_t, as the published loop pairs them, the twiddles
+// from walk_runs. Offset 0 has none.
+void radix2_rotated(double *Re, long K, long kspan, long nt, double cd, double sd, double phi)
+{
+    double *const end = Re + nt;
+    for (double *p = Re; p < end; p += 2 * kspan) {
+        const v2d a = cpair::load(p), b = cpair::load(p + kspan);
+        cpair::store(p, a + b);
+        cpair::store(p + kspan, a - b);
+    }
+    const auto offset = [=](long o, v2d c, v2d sn) {
+        for (double *p = Re + 2 * o; p < end; p += 2 * kspan) {
+            const v2d a = cpair::load(p), b = cpair::load(p + kspan);
+            cpair::store(p, a + b);
+            cpair::store(p + kspan, rotate(a - b, c, sn));
+        }
+    };
+#ifdef OSCILLA_MR_WIDE
+    // Offsets t, t + 1 together, and their mirrors K - t - 1, K - t.
+    const auto pair = [=](long o, v4d c, v4d sn) {
+        for (double *p = Re + 2 * o; p < end; p += 2 * kspan) {
+            const v4d a = load4(p), b = load4(p + kspan);
+            store4(p, a + b);
+            store4(p + kspan, rotate(a - b, c, sn));
+        }
+    };
+#endif
+    walk_runs(K / 2 + 1, cd, sd, phi, [=](long t0, long count, const double *cb, const double *sb) {
+        for (long k = t0 == 0 ? 1 : 0; k < count; k++) {
+            const long t = t0 + k;
+#ifdef OSCILLA_MR_WIDE
+            if (k + 1 < count && t + 1 < K - t - 1) {
+                const double c = cb[k], s = sb[k], c1 = cb[k + 1], s1 = sb[k + 1];
+                pair(t, v4d{c, c, c1, c1}, v4d{-s, s, -s1, s1});
+                pair(K - t - 1, v4d{-c1, -c1, -c, -c}, v4d{-s1, s1, -s, s});
+                k++;
+                continue;
+            }
+#endif
+            const double c = cb[k], s = sb[k];
+            offset(t, v2d{c, c}, v2d{-s, s});
+            if (K - t != t)
+                offset(K - t, v2d{-c, -c}, v2d{-s, s});
+        }
+    });
+}
+
 // A factor-5 or factor-3 pass followed by its rotation, in one sweep, for
 // one-dimensional interleaved data: each butterfly's outputs are rotated as
 // they are stored. Offset 0 is not rotated.
@@ -515,6 +564,12 @@ L100:
     if constexpr (Interleaved) {
         // The same steps on (real, imaginary) pairs.
         kspan /= 2;
+        if (jc == inc) {
+            radix2_rotated(Re, kspan / jc, kspan, nt, cd, sd, phi);
+            if (kspan == jc)
+                goto L800;
+            goto L100;
+        }
         k1 = kspan + 2;
         do {
             do {
