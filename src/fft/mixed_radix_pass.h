@@ -191,7 +191,8 @@ inline void next_power(double c1, double s1, double &c2, double &s2, long &pw, d
 }
 
 // Powers w^1 .. w^K of w = (c1, s1) by repeated multiplication, as the
-// rotation pass forms them, each broadcast to a pair.
+// rotation pass forms them: pc[j] = (c, c) and ps[j] = (-s, s) of w^j, the
+// pairs rotate() takes.
 template <int K>
 inline void twiddle_powers(double c1, double s1, v2d pc[], v2d ps[])
 {
