@@ -27,6 +27,12 @@ void run_kernel(int code, KernelEnv &env, double *a, int n, int sign);
 // Releases everything the kernel state holds, and the state itself.
 void kernel_state_free(KernelState *&state);
 
+// The merge of the real transforms built for AVX2 and FMA (p the first
+// value, n a multiple of 4, forward or not); null where the processor or the
+// compiler lacks them.
+using RealMerge = void (*)(double *p, int n, int forward);
+RealMerge real_merge_avx2();
+
 // Whether fftradix may take the AVX2 build of the interleaved passes where
 // the processor has it (on by default); tests turn it off to reach the
 // portable build on any machine.
