@@ -33,6 +33,13 @@ void kernel_state_free(KernelState *&state);
 using RealMerge = void (*)(double *p, int n, int forward);
 RealMerge real_merge_avx2();
 
+// The interleaved mixed-radix passes built for AVX2 and FMA (fftradix with
+// Im = Re + 1 and an increment of 2); null where the processor or the
+// compiler lacks them.
+using InterleavedPass = int (*)(KernelEnv &, double *Re, int nTotal, int nPass, int nSpan, int sign,
+                                int maxFactors, int maxPerm);
+InterleavedPass mixed_radix_avx2();
+
 // Whether fftradix may take the AVX2 build of the interleaved passes where
 // the processor has it (on by default); tests turn it off to reach the
 // portable build on any machine.

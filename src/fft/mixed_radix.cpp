@@ -8,10 +8,6 @@
 namespace oscilla {
 namespace detail {
 
-// The AVX2/FMA build of the interleaved passes (mixed_radix_avx2.cpp): null
-// where the processor or the compiler lacks them.
-using InterleavedPass = int (*)(KernelEnv &, double *, int, int, int, int, int, int);
-InterleavedPass mixed_radix_avx2();
 
 namespace {
 std::atomic<bool> allowVector{true};

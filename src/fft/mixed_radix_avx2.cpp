@@ -3,6 +3,7 @@
 // any x86-64. Same source as the portable build; where the compiler fuses a
 // multiply and an add, the last bits of a result may differ from it.
 #include "fft/kernels.h"
+#include "fft/ooura.h"
 
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(OSCILLA_FFT_SCALAR) && \
     !defined(OSCILLA_FFT_NO_AVX2)
@@ -22,7 +23,6 @@
 namespace oscilla {
 namespace detail {
 
-using InterleavedPass = int (*)(KernelEnv &, double *, int, int, int, int, int, int);
 
 namespace {
 __attribute__((target("avx2,fma"))) int interleaved_avx2(KernelEnv &env, double *Re, int nTotal, int nPass,
@@ -34,10 +34,8 @@ __attribute__((target("avx2,fma"))) int interleaved_avx2(KernelEnv &env, double 
 
 InterleavedPass mixed_radix_avx2()
 {
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
-        return interleaved_avx2;
-    return nullptr;
+    // The processor test of the radix-4 stages: AVX2 and FMA both present.
+    return cft_avx2_usable() ? interleaved_avx2 : nullptr;
 }
 
 } // namespace detail
@@ -48,7 +46,6 @@ InterleavedPass mixed_radix_avx2()
 namespace oscilla {
 namespace detail {
 
-using InterleavedPass = int (*)(KernelEnv &, double *, int, int, int, int, int, int);
 InterleavedPass mixed_radix_avx2() { return nullptr; }
 
 } // namespace detail

@@ -5,6 +5,8 @@
 // start and z2 descending from the end, so the second pair of each step is
 // loaded and stored with its halves exchanged.
 #include "fft/kernels.h"
+#include "fft/ooura.h"
+#include "fft/real_merge.h"
 
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(OSCILLA_FFT_SCALAR) && \
     !defined(OSCILLA_FFT_NO_AVX2)
@@ -15,10 +17,8 @@ namespace detail {
 
 namespace {
 
-typedef double v2d __attribute__((vector_size(16)));
 typedef double v4d __attribute__((vector_size(32)));
 typedef long long v4i __attribute__((vector_size(32)));
-typedef long long v2i __attribute__((vector_size(16)));
 
 #define AVX2_FN __attribute__((target("avx2,fma")))
 
@@ -31,32 +31,15 @@ AVX2_FN inline v4d load4(const double *p)
 AVX2_FN inline void store4(double *p, v4d v) { __builtin_memcpy(p, &v, sizeof v); }
 AVX2_FN inline v4d swap4(v4d a) { return __builtin_shuffle(a, v4i{1, 0, 3, 2}); }
 AVX2_FN inline v4d halves4(v4d a) { return __builtin_shuffle(a, v4i{2, 3, 0, 1}); }
-inline v2d load2(const double *p)
-{
-    v2d v;
-    __builtin_memcpy(&v, p, sizeof v);
-    return v;
-}
-inline void store2(double *p, v2d v) { __builtin_memcpy(p, &v, sizeof v); }
 
 AVX2_FN void merge_avx2(double *a, int n, int forward)
 {
-    constexpr double PI = 3.14159265358979323846;
-    constexpr int S = 4;
+    MergeStreams ms(n, forward);
+    constexpr int S = MergeStreams::S;
     const int N = n / 2;
-    const double c1 = 0.5, c2 = forward ? -0.5 : 0.5;
-    const double theta = forward ? PI / N : -PI / N;
-    const double wtemp = std::sin(0.5 * S * theta);
-    const double wpr = -2.0 * wtemp * wtemp, wpi = std::sin(S * theta);
-    // Streams as in the portable merge: twiddle s + 1 scaled by c2, pairs
-    // (A, B) of stream s in lanes 2 (s % 2) of register s / 2.
-    double A[2 * S], B[2 * S];
-    for (int s = 0; s < S; s++) {
-        const double wr = std::cos((s + 1) * theta), wi = std::sin((s + 1) * theta);
-        A[2 * s] = -c2 * wr;
-        A[2 * s + 1] = c2 * wr;
-        B[2 * s] = B[2 * s + 1] = -c2 * wi;
-    }
+    const double c1 = ms.c1, wpr = ms.wpr, wpi = ms.wpi;
+    // Stream s in lanes 2 (s % 2) of register s / 2.
+    double *A = ms.A, *B = ms.B;
     v4d A01 = load4(A), A23 = load4(A + 4), B01 = load4(B), B23 = load4(B + 4);
     const v4d conj{1.0, -1.0, 1.0, -1.0}, pa{-wpi, wpi, -wpi, wpi}, pb{wpi, -wpi, wpi, -wpi};
     // Points i and i + 1 (one-based, as in the portable merge).
@@ -84,27 +67,16 @@ AVX2_FN void merge_avx2(double *a, int n, int forward)
     store4(A + 4, A23);
     store4(B, B01);
     store4(B + 4, B23);
-    const v2d conj2{1.0, -1.0};
-    for (int s = 0; i <= N / 2; i++, s++) {
-        const v2d tA = load2(A + 2 * s), tB = load2(B + 2 * s);
-        double *q1 = a + 2 * i - 2, *q2 = a + n + 2 - 2 * i;
-        const v2d z1 = load2(q1), z2c = load2(q2) * conj2;
-        const v2d h1 = c1 * (z1 + z2c);
-        const v2d d = z1 - z2c;
-        const v2d wh = __builtin_shuffle(d, v2i{1, 0}) * tA + d * tB;
-        store2(q1, h1 + wh);
-        store2(q2, (h1 - wh) * conj2);
-    }
+    for (int s = 0; i <= N / 2; i++, s++)
+        merge_point(a, n, c1, i, cpair::load(A + 2 * s), cpair::load(B + 2 * s));
 }
 
 } // namespace
 
 RealMerge real_merge_avx2()
 {
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
-        return merge_avx2;
-    return nullptr;
+    // The processor test of the radix-4 stages: AVX2 and FMA both present.
+    return cft_avx2_usable() ? merge_avx2 : nullptr;
 }
 
 } // namespace detail
