@@ -18,11 +18,6 @@ inline v2d swap(v2d a)
     return __builtin_shuffle(a, v2i{1, 0});
 #endif
 }
-// Elements i and j of the four in (a, b).
-inline v2d shuffle2(v2d a, v2d b, int i, int j)
-{
-    return v2d{i < 2 ? a[i] : b[i - 2], j < 2 ? a[j] : b[j - 2]};
-}
 // i a
 inline v2d times_i(v2d a) { return swap(a) * v2d{-1.0, 1.0}; }
 inline v2d load(const double *p)

@@ -8,7 +8,6 @@
 namespace oscilla {
 namespace detail {
 
-
 namespace {
 std::atomic<bool> allowVector{true};
 } // namespace
