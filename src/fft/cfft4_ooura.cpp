@@ -125,6 +125,29 @@ void bitrv2_tiled(int n, double *a)
     }
 }
 
+
+// The first steps of bitrv2 and bitrv2conj: the table of reversed block
+// offsets in ip (always built, as callers may read it), with l and m as the
+// swap loops want them; then, for data past the caches, the whole reversal
+// in tiles. True when that has done the work.
+template <bool Conj>
+bool bitrv2_start(int n, int *ip, double *a, int &l, int &m)
+{
+    ip[0] = 0;
+    l = n;
+    m = 1;
+    while ((m << 3) < l) {
+        l >>= 1;
+        for (int j = 0; j < m; j++)
+            ip[m + j] = ip[j] + l;
+        m <<= 1;
+    }
+    if (n / 2 < TILED_FROM)
+        return false;
+    bitrv2_tiled<Conj>(n, a);
+    return true;
+}
+
 } // namespace
 
 namespace {
@@ -611,19 +634,8 @@ void bitrv2(int n, int *ip, double *a)
 {
     int j, j1, k, k1, l, m, m2;
 
-    ip[0] = 0;
-    l = n;
-    m = 1;
-    while ((m << 3) < l) {
-        l >>= 1;
-        for (j = 0; j < m; j++)
-            ip[m + j] = ip[j] + l;
-        m <<= 1;
-    }
-    if (n / 2 >= TILED_FROM) {
-        bitrv2_tiled<false>(n, a);
+    if (bitrv2_start<false>(n, ip, a, l, m))
         return;
-    }
     m2 = 2 * m;
     if ((m << 3) == l) {
         for (k = 0; k < m; k++) {
@@ -665,19 +677,8 @@ void bitrv2conj(int n, int *ip, double *a)
 {
     int j, j1, k, k1, l, m, m2;
 
-    ip[0] = 0;
-    l = n;
-    m = 1;
-    while ((m << 3) < l) {
-        l >>= 1;
-        for (j = 0; j < m; j++)
-            ip[m + j] = ip[j] + l;
-        m <<= 1;
-    }
-    if (n / 2 >= TILED_FROM) {
-        bitrv2_tiled<true>(n, a);
+    if (bitrv2_start<true>(n, ip, a, l, m))
         return;
-    }
     m2 = 2 * m;
     if ((m << 3) == l) {
         for (k = 0; k < m; k++) {
